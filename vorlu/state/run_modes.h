@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+
+namespace vorlu {
+
+/// What this process knows of other agents on the computer.
+enum class Standing {
+  unknown,  ///< nobody has looked yet
+  alone,    ///< the only agent, or let go on by the coordination
+  beside,   ///< another agent runs: run data's run type is that agent's
+};
+
+/// Set once by the dispatcher before the flow starts, never cleared.
+struct RunModes {
+  bool installMode = false;
+  bool installProgressMode = false;
+  bool updateMode = false;
+  bool hourlyMode = false;
+  bool forcedMode = false;
+  bool runMode = false;
+  bool selfServiceMode = false;
+  bool reportMode = false;
+  bool testingBlueprints = false;  ///< the catalog of label "testing_blueprints"
+  bool testInstall = false;
+
+  std::string runStage = "Updates";  ///< category of system log records
+  int runExitStatus = 0;             ///< exit status of the scheduled flows
+  Standing standing = Standing::unknown;
+};
+
+}  // namespace vorlu
