@@ -1,0 +1,109 @@
+// Runs commands in turn and prints the median of what each used: its own processor time, without that of the programs
+// it started, and its peak memory.
+//
+//   bench-measure RUNS COMMAND_A … -- COMMAND_B …
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Run {
+  double cpu = 0;   // milliseconds
+  double wall = 0;  // milliseconds
+  long peak = 0;    // kilobytes
+};
+
+double now() {
+  timespec time{};
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return 1e3 * static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_nsec);
+}
+
+/// Nanoseconds on a processor of every thread that the process still has; it has ended but isn't reaped.
+double ownCpu(pid_t pid) {
+  std::ifstream in("/proc/" + std::to_string(pid) + "/schedstat");
+  double nanoseconds = 0;
+  in >> nanoseconds;
+  return nanoseconds / 1e6;
+}
+
+Run measure(const std::vector<char*>& command) {
+  Run run;
+  const double start = now();
+  const pid_t pid = fork();
+  if (pid == 0) {
+    const int null = open("/dev/null", O_WRONLY);
+    dup2(null, 1);
+    execv(command[0], command.data());
+    std::perror(command[0]);
+    _exit(127);
+  }
+  siginfo_t info{};
+  waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOWAIT);
+  run.wall = now() - start;
+  run.cpu = ownCpu(pid);
+  int status = 0;
+  rusage usage{};
+  wait4(pid, &status, 0, &usage);
+  run.peak = usage.ru_maxrss;
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    std::fprintf(stderr, "%s ended with status %d\n", command[0], status);
+    std::exit(1);
+  }
+  return run;
+}
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+template <class Field>
+double medianOf(const std::vector<Run>& runs, Field field) {
+  std::vector<double> values;
+  for (const Run& run : runs) values.push_back(static_cast<double>(run.*field));
+  return median(values);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 3) {
+    std::fputs("usage: bench-measure RUNS COMMAND_A … [-- COMMAND_B …]\n", stderr);
+    return 2;
+  }
+  std::vector<std::vector<char*>> commands(1);
+  for (int index = 2; index < argc; ++index) {
+    if (std::strcmp(argv[index], "--") == 0) {
+      commands.back().push_back(nullptr);
+      commands.emplace_back();
+    } else {
+      commands.back().push_back(argv[index]);
+    }
+  }
+  commands.back().push_back(nullptr);
+  const int runs = std::atoi(argv[1]);
+  std::vector<std::vector<Run>> results(commands.size());
+  for (int run = -1; run < runs; ++run) {  // the first of each isn't counted
+    for (std::size_t index = 0; index < commands.size(); ++index) {
+      const Run result = measure(commands[index]);
+      if (run >= 0) results[index].push_back(result);
+    }
+  }
+  for (const auto& result : results) {
+    std::printf("%.2f %.2f %.0f\n", medianOf(result, &Run::cpu), medianOf(result, &Run::wall),
+                medianOf(result, &Run::peak));
+  }
+  return 0;
+}

@@ -1,0 +1,150 @@
+#include "vorlu/state/json.h"
+
+#include <gtest/gtest.h>
+
+#include "vorlu/server/blueprint.h"
+#include "vorlu/state/property_list.h"
+
+namespace vorlu {
+namespace {
+
+using Entries = std::vector<AppBlueprints>;
+
+std::string context(const std::string& path, const std::string& why) {
+  return "Context(codingPath: " + path + ", debugDescription: \"" + why + "\", underlyingError: nil))";
+}
+
+std::string mismatch(const std::string& type, const std::string& path, const std::string& found) {
+  return "typeMismatch(" + type + ", " +
+         context(path, "Expected to decode " + type + " but found " + found + " instead.");
+}
+
+std::string broken(const std::string& why) {
+  return "dataCorrupted(" + context("[]", "The given data was not valid JSON. " + why);
+}
+
+const char* const badStructure =
+    "The JSON document has an improper structure: missing or superfluous commas, braces, missing keys, etc.";
+
+TEST(Json, TellsWhatIsWrongAndWhere) {
+  const struct {
+    const char* text;
+    std::string error;
+  } cases[] = {
+      {"{}", mismatch("Array<Any>", "[]", "a dictionary")},
+      {"12", mismatch("Array<Any>", "[]", "a number")},
+      {"null", mismatch("Array<Any>", "[]", "null")},
+      {"[[]]", mismatch("Dictionary<String, Any>", "[\"Index 0\"]", "an array")},
+      {R"([{},{"mode":"755"}])", mismatch("Int", "[\"Index 1\", \"mode\"]", "a string")},
+      {R"([{"mode":true}])", mismatch("Int", "[\"Index 0\", \"mode\"]", "a bool")},
+      {R"([{"appName":7}])", mismatch("String", "[\"Index 0\", \"appName\"]", "a number")},
+      {R"([{"gracefulQuit":1}])", mismatch("Bool", "[\"Index 0\", \"gracefulQuit\"]", "a number")},
+      {R"([{"alternatePaths":["a",null]}])",
+       mismatch("String", "[\"Index 0\", \"alternatePaths\", \"Index 1\"]", "null")},
+      {R"([{"mode":1.5}])",
+       "dataCorrupted(" + context("[\"Index 0\", \"mode\"]", "Parsed number does not fit in Int.")},
+      {"", broken("Empty: no JSON found")},
+      {"<html><body>404</body></html>", broken(badStructure)},
+      {R"([{"appName":"a")", broken(badStructure)},
+      {"[] []", broken("Unexpected trailing content in the JSON input.")},
+      {R"([{"unknown":{"deep":[tru]}}])", broken("The JSON element does not have the requested type.")},
+  };
+  for (const auto& [text, error] : cases) {
+    const auto decoded = decodeJson<Entries>(text);
+    ASSERT_FALSE(decoded.ok()) << text;
+    EXPECT_EQ(decoded.error(), error) << text;
+  }
+}
+
+TEST(Json, KeepsWhatARecordHoldsAndNothingElse) {
+  // absent and null are the same, unknown keys go, order is the record's, present empty values stay
+  const auto decoded = decodeJson<Entries>(
+      R"([{"mode":0,"unknown":[{"a":1}],"appName":"Å \"x\"\n","owner":"","appIdentifier":null},{}])");
+  ASSERT_TRUE(decoded.ok()) << decoded.error();
+  EXPECT_EQ(encodeJson(*decoded, JsonLayout::compact),
+            "[{\"appName\":\"Å \\\"x\\\"\\n\",\"owner\":\"\",\"mode\":0},{}]");
+}
+
+TEST(Json, ReplacesTextThatIsNoUtf8) {
+  AppBlueprints entry;
+  entry.appName = "a\xff";
+  EXPECT_EQ(encodeJson(entry, JsonLayout::compact), "{\"appName\":\"a\xef\xbf\xbd\"}");
+}
+
+TEST(Json, AllSeventyFieldsSurviveARoundTrip) {
+  AppBlueprints entry;
+  int number = 0;
+#define BLUEPRINT_TEXT(name, ifAbsent) entry.name = "text " + std::to_string(++number);
+#define BLUEPRINT_BOOL(name, ifAbsent) entry.name = ++number % 2 == 0;
+#define BLUEPRINT_INT(name, ifAbsent) entry.name = ++number;
+#define BLUEPRINT_LIST(name) entry.name = std::vector<std::string>{std::to_string(++number), ""};
+#include "vorlu/server/blueprint_fields.def"
+  ASSERT_EQ(number, 70);
+  const std::string text = encodeJson(entry, JsonLayout::pretty);
+  const auto decoded = decodeJson<AppBlueprints>(text);
+  ASSERT_TRUE(decoded.ok()) << decoded.error();
+  EXPECT_EQ(encodeJson(*decoded, JsonLayout::pretty), text);
+}
+
+struct Inner {
+  std::int64_t number = 7;
+  static constexpr auto fields() { return std::array{field<&Inner::number>("number")}; }
+};
+struct Outer {
+  Inner section;
+  std::string name;
+  static constexpr auto fields() {
+    return std::array{field<&Outer::section>("section"), requiredField<&Outer::name>("name")};
+  }
+};
+
+std::string propertyList(const std::string& inside) {
+  return "<plist version=\"1.0\">" + inside + "</plist>";
+}
+
+TEST(PropertyList, TellsWhatIsWrongAndWhere) {
+  const struct {
+    std::string text;
+    std::string error;
+  } cases[] = {
+      {propertyList("<array/>"), mismatch("Dictionary<String, Any>", "[]", "an array")},
+      {propertyList("<dict><key>name</key><date>2026-01-01T00:00:00Z</date></dict>"),
+       mismatch("String", "[\"name\"]", "a date or data")},
+      {propertyList("<dict><key>section</key><dict><key>number</key><string>3</string></dict></dict>"),
+       mismatch("Int", "[\"section\", \"number\"]", "a string")},
+      {propertyList("<dict><key>section</key><dict/></dict>"),
+       "keyNotFound(name, " + context("[]", "No value associated with key name.")},
+      {"not a property list", "dataCorrupted(" + context("[]", "The given data was not a valid property list.")},
+      {"", "dataCorrupted(" + context("[]", "The given data was not a valid property list.")},
+      {"bplist00\x01\x02", "dataCorrupted(" + context("[]", "The given data was not a valid property list.")},
+  };
+  for (const auto& [text, error] : cases) {
+    const auto decoded = decodePropertyList<Outer>(text);
+    ASSERT_FALSE(decoded.ok()) << text;
+    EXPECT_EQ(decoded.error(), error) << text;
+  }
+}
+
+TEST(PropertyList, AbsentKeysKeepTheirDefault) {
+  const auto decoded = decodePropertyList<Outer>(propertyList("<dict><key>name</key><string>é&amp;</string></dict>"));
+  ASSERT_TRUE(decoded.ok()) << decoded.error();
+  EXPECT_EQ(decoded->section.number, 7);
+  EXPECT_EQ(decoded->name, "é&");
+}
+
+TEST(PropertyDictionary, ChangesOneKeyAndKeepsTheOthers) {
+  auto dictionary = PropertyDictionary::parse(propertyList("<dict><key>Foreign</key><real>1.5</real></dict>"));
+  ASSERT_TRUE(dictionary.ok());
+  dictionary->set("CurrentRunType", std::string_view("N/A"));
+  dictionary->set("LastRun", std::int64_t{1700000000});
+  dictionary->set("UserDeferred", true);
+  const std::string xml = dictionary->toXml();
+  for (const char* part : {"<key>Foreign</key>\n\t<real>1.5", "<string>N/A</string>", "<integer>1700000000</integer>",
+                           "<key>UserDeferred</key>\n\t<true/>"}) {
+    EXPECT_NE(xml.find(part), std::string::npos) << part << " in\n" << xml;
+  }
+  EXPECT_FALSE(PropertyDictionary::parse(propertyList("<array/>")).ok());
+}
+
+}  // namespace
+}  // namespace vorlu

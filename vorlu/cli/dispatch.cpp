@@ -1,0 +1,184 @@
+#include "vorlu/cli/dispatch.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <string_view>
+
+#include "vorlu/cli/command_option.h"
+#include "vorlu/cli/console_io.h"
+#include "vorlu/cli/initialise_run.h"
+#include "vorlu/detection/find_app.h"
+#include "vorlu/policy/update_check_flow.h"
+#include "vorlu/server/key_material.h"
+#include "vorlu/state/agent_version.h"
+#include "vorlu/state/end_run.h"
+#include "vorlu/vorlu.h"
+
+namespace vorlu {
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+constexpr const char* rootForInstalls = "Vorlu must be run as root to perform App installations.";
+constexpr const char* rootForUpdates = "Vorlu must be run as root to perform App updates.";
+
+void printUsage(Vorlu& vorlu) {
+  ConsoleIO(vorlu.platform.console, vorlu.site).printUsage();
+}
+
+bool isRoot(Vorlu& vorlu) {
+  return vorlu.platform.processes.userName() == "root";
+}
+
+/// The sub-argument, which stands second. An option that is the last argument of the line stands without one.
+const std::string& requireSubArgument(Vorlu& vorlu, const Arguments& arguments,
+                                      std::initializer_list<std::string_view> lastForms) {
+  const bool bare = std::find(lastForms.begin(), lastForms.end(), arguments.back()) != lastForms.end();
+  if (bare || arguments.size() < 2) {
+    printUsage(vorlu);
+    exitProcess(1);
+  }
+  return arguments[1];
+}
+
+void requireRoot(Vorlu& vorlu, const char* line) {
+  if (isRoot(vorlu)) return;
+  vorlu.platform.console.print("Error: Permission denied.");
+  vorlu.platform.console.print(line);
+  exitProcess(0);
+}
+
+[[noreturn]] void endWithoutFlow(Vorlu& vorlu, std::string_view form) {
+  vorlu.platform.console.print(fmt::format("This build of Vorlu lacks the flow of {}", form));
+  exitProcess(1);
+}
+
+std::string lowered(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+  return text;
+}
+
+void installApp(Vorlu& vorlu, const Arguments& arguments) {
+  requireSubArgument(vorlu, arguments, {"-i", "--install"});
+  requireRoot(vorlu, rootForInstalls);
+  endWithoutFlow(vorlu, "--install");
+}
+
+void installAppWithProgress(Vorlu& vorlu, const Arguments& arguments) {
+  requireSubArgument(vorlu, arguments, {"-ip", "--installProgress", "--installprogress"});
+  requireRoot(vorlu, rootForInstalls);
+  endWithoutFlow(vorlu, "--installProgress");
+}
+
+void installAppFromTestingCatalog(Vorlu& vorlu, const Arguments& arguments) {
+  requireSubArgument(vorlu, arguments, {"-it"});
+  requireRoot(vorlu, rootForInstalls);
+  endWithoutFlow(vorlu, "-it");
+}
+
+void checkIdentifier(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier = requireSubArgument(vorlu, arguments, {"-c", "--check"});
+  initialiseRun(vorlu, {.validateOnly = true});
+  Console& console = vorlu.platform.console;
+  const CurrentApp& app = vorlu.currentApp;
+  if (!findApp(vorlu, identifier) || app.appIdentifier.empty()) {
+    console.print(
+        fmt::format("Error: An App with the identifier \"{}\" was not found in the Vorlu App catalog.", identifier));
+    console.print("For valid App identifiers, please refer to the App catalog");
+  } else if (app.legacyIdentifierUsed) {
+    console.print(fmt::format(
+        "{} was found in the Vorlu catalog, but is the legacy App installation format. The current format is {}",
+        app.appName, app.appIdentifier));
+  } else {
+    console.print(fmt::format("{} was found in the Vorlu catalog.", app.appName));
+  }
+}
+
+void sendReport(Vorlu& vorlu, const Arguments& arguments) {
+  requireSubArgument(vorlu, arguments, {"-r", "--report"});
+  requireRoot(vorlu, "Vorlu must be run as root for reporting functions");
+  endWithoutFlow(vorlu, "--report");
+}
+
+void initialiseInstallation(Vorlu& vorlu) {
+  requireRoot(vorlu, "Vorlu must be run as root");
+  endWithoutFlow(vorlu, "--init");
+}
+
+void deleteKeys(Vorlu& vorlu) {
+  requireRoot(vorlu, "Vorlu must be run as root");
+  deleteKeychainItems(vorlu);
+  endRun(vorlu, 0);
+}
+
+void testUpdates(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& subArgument = requireSubArgument(vorlu, arguments, {"-ut"});
+  requireRoot(vorlu, rootForUpdates);
+  vorlu.modes.updateMode = true;
+  if (lowered(subArgument) != "testblueprints") {
+    printUsage(vorlu);
+    return;
+  }
+  endWithoutFlow(vorlu, "-ut testblueprints");
+}
+
+void checkForNewUpdates(Vorlu& vorlu) {
+  vorlu.modes.updateMode = true;
+  initialiseRun(vorlu, {});
+  updateCheckFlow(vorlu, false);
+}
+
+void update(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& subArgument = requireSubArgument(vorlu, arguments, {"-u", "--update"});
+  static constexpr std::array forms = {"-force",      "force", "prompt", "testprompt", "timerprompt",
+                                       "selfservice", "run",   "check",  "self"};
+  const std::string form = lowered(subArgument);
+  if (std::find(forms.begin(), forms.end(), form) == forms.end()) {
+    vorlu.platform.console.print(fmt::format("Invalid update argument: {}", subArgument));
+    printUsage(vorlu);
+    return;
+  }
+  requireRoot(vorlu, rootForUpdates);
+  if (form == "check") {
+    checkForNewUpdates(vorlu);
+    return;
+  }
+  endWithoutFlow(vorlu, fmt::format("--update {}", form));
+}
+
+}  // namespace
+
+void dispatchCommand(Vorlu& vorlu, const Arguments& arguments) {
+  switch (optionForArgument(arguments.front())) {
+    case CommandOption::help:
+    case CommandOption::quit:
+    case CommandOption::unknown:
+      return printUsage(vorlu);
+    case CommandOption::version:
+      vorlu.platform.console.print(fmt::format("Vorlu Version: {}", agentVersion));
+      exitProcess(0);
+    case CommandOption::install:
+      return installApp(vorlu, arguments);
+    case CommandOption::installProgress:
+      return installAppWithProgress(vorlu, arguments);
+    case CommandOption::installTest:
+      return installAppFromTestingCatalog(vorlu, arguments);
+    case CommandOption::check:
+      return checkIdentifier(vorlu, arguments);
+    case CommandOption::report:
+      return sendReport(vorlu, arguments);
+    case CommandOption::initialise:
+      return initialiseInstallation(vorlu);
+    case CommandOption::deleteKeys:
+      return deleteKeys(vorlu);
+    case CommandOption::updateTest:
+      return testUpdates(vorlu, arguments);
+    case CommandOption::update:
+      return update(vorlu, arguments);
+  }
+}
+
+}  // namespace vorlu

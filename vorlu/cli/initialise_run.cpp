@@ -1,0 +1,163 @@
+#include "vorlu/cli/initialise_run.h"
+
+#include <fmt/format.h>
+
+#include <chrono>
+#include <string>
+
+#include "vorlu/cli/coordination.h"
+#include "vorlu/cli/old_installations.h"
+#include "vorlu/detection/version.h"
+#include "vorlu/server/key_material.h"
+#include "vorlu/server/reachability.h"
+#include "vorlu/server/signed_request.h"
+#include "vorlu/state/dialog_command.h"
+#include "vorlu/state/end_run.h"
+#include "vorlu/state/paths.h"
+#include "vorlu/state/run_type.h"
+#include "vorlu/state/work_directories.h"
+#include "vorlu/vorlu.h"
+
+namespace vorlu {
+namespace {
+
+using std::chrono::seconds;
+
+constexpr std::string_view minimumSystem = "11";
+
+/// Closes the progress window, runs the inventory and ends the run.
+[[noreturn]] void stop(Vorlu& vorlu, const StartUp& startUp) {
+  if (startUp.forcedPrompts || startUp.showProgress) {
+    writeDialogCommand(vorlu, "quit:");
+    vorlu.platform.clock.sleep(seconds(1));
+  }
+  runJamfInventory(vorlu);
+  endRun(vorlu, 1);
+}
+
+void obtainKeyMaterial(Vorlu& vorlu) {
+  if (hasKeyMaterial(vorlu)) return;
+  vorlu.log("Keychain data required for Vorlu initialisation was not found. Obtaining data...");
+  populateKeychain(vorlu, true);
+  if (!vorlu.keys.keychainWriteFailed) updateRunData(vorlu, RunDataSelector::secretsTimestamp);
+  if (!hasKeyMaterial(vorlu)) {
+    vorlu.log("Error: Keychain data required for Vorlu initialisation could not be obtained");
+  }
+}
+
+void keepCertificatesFresh(Vorlu& vorlu, const StartUp& startUp) {
+  if (!checkInternetConnection(vorlu)) return;
+  if (refreshCertificates(vorlu) == CertificateRefresh::failed) stop(vorlu, startUp);
+}
+
+void requireKeychainItems(Vorlu& vorlu, const StartUp& startUp) {
+  for (const KeychainEntry& entry : keychainEntries) {
+    if (hasKeychainItem(vorlu, entry)) continue;
+    vorlu.log(entry.missing);
+    populateKeychain(vorlu, true);
+    if (vorlu.keys.keychainWriteFailed) stop(vorlu, startUp);
+  }
+}
+
+void requireSupportedSystem(Vorlu& vorlu, const StartUp& startUp) {
+  if (compareVersions(vorlu.platform.device.osVersion(), minimumSystem) >= 0) return;
+  vorlu.log("Error: This version of Vorlu requires at least macOS 11");
+  vorlu.log.logForJamf("Error: Unsupported macOS version detected. Vorlu requires at least macOS 11");
+  stop(vorlu, startUp);
+}
+
+void requireInternet(Vorlu& vorlu, const StartUp& startUp) {
+  if (checkInternetConnection(vorlu)) return;
+  if (startUp.offlineTolerated || startUp.forcedPrompts) {
+    vorlu.log(
+        "Warning: No internet connection was detected. Any updates already cached will be installed but no new updates "
+        "will be downloaded");
+    return;
+  }
+  const std::string text =
+      "Error: No internet connection was detected. Please connect the computer to the internet before running Vorlu "
+      "again";
+  vorlu.log(text);
+  vorlu.log.logForJamf(text);
+  vorlu.log("Exiting...");
+  endRun(vorlu, 1);
+}
+
+bool componentsInstalled(FileManager& files) {
+  return files.exists(paths::dialogBundle) && files.exists(paths::dialogProgram) &&
+         files.exists(paths::promptComponentReceipt);
+}
+
+void requireComponents(Vorlu& vorlu, const StartUp& startUp) {
+  if (componentsInstalled(vorlu.platform.files)) return;
+  fetchServerData(vorlu);
+  vorlu.log("One or more components required by Vorlu were not found");
+  vorlu.log.logForJamf(
+      fmt::format("Error: Vorlu requires components which could not be installed. Please check the network connection "
+                  "and try again. For support, contact {}",
+                  vorlu.site.supportContact()));
+  stop(vorlu, startUp);
+}
+
+/// Run data that can't be decoded would make every update of it fail: it is kept under another name.
+void replaceCorruptRunData(Vorlu& vorlu) {
+  FileManager& files = vorlu.platform.files;
+  if (!files.exists(paths::runData)) return;
+  const Result<RunDataFile> file = loadRunData(files);
+  if (file) return;
+  const std::string aside = paths::runData + ".corrupt";
+  files.remove(aside);
+  const Status moved = files.move(paths::runData, aside);
+  if (!moved) return;
+  vorlu.log(
+      fmt::format("Warning: The run data plist could not be decoded and was moved to {} - {}", aside, file.error()));
+}
+
+void requireState(Vorlu& vorlu) {
+  replaceCorruptRunData(vorlu);
+  ensureRunData(vorlu);
+}
+
+/// A search in the catalog needs a server, or what the server said last.
+void requireCatalogSource(Vorlu& vorlu, const StartUp& startUp) {
+  checkServerReachable(vorlu);
+  if (!vorlu.catalog.offlineMode || vorlu.platform.files.exists(paths::offlineData)) return;
+  vorlu.log(fmt::format("Error: No Application data was found. Unable to continue. For support please contact {}",
+                        vorlu.site.supportContact()));
+  stop(vorlu, startUp);
+}
+
+/// Only root can read the key material and the state; nothing is written or fetched for another user.
+void refuseValidationWithoutRoot(Vorlu& vorlu) {
+  if (vorlu.platform.processes.userName() == "root") return;
+  vorlu.platform.console.print(
+      fmt::format("Error: No Application data was found. Unable to continue. For support please contact {}",
+                  vorlu.site.supportContact()));
+  exitProcess(1);
+}
+
+}  // namespace
+
+void initialiseRun(Vorlu& vorlu, const StartUp& startUp) {
+  if (startUp.validateOnly) refuseValidationWithoutRoot(vorlu);
+  vorlu.modes.runStage = "Initialising";
+  removeOldInstallations(vorlu);
+  obtainKeyMaterial(vorlu);
+  ensureWorkDirectories(vorlu);
+  keepCertificatesFresh(vorlu, startUp);
+  if (startUp.validateOnly) return requireCatalogSource(vorlu, startUp);
+
+  requireKeychainItems(vorlu, startUp);
+  if (coordinateInstances(vorlu) == Coordination::searchFailed) stop(vorlu, startUp);
+  requireSupportedSystem(vorlu, startUp);
+  requireInternet(vorlu, startUp);
+  requireComponents(vorlu, startUp);
+  requireState(vorlu);
+  if (startUp.forcedPrompts) {
+    writeDialogCommand(vorlu, "quit:");
+    vorlu.platform.clock.sleep(seconds(1));
+  }
+  vorlu.modes.runStage = "Updates";
+}
+
+}  // namespace vorlu

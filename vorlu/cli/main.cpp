@@ -1,0 +1,10 @@
+#include <string>
+#include <vector>
+
+#include "vorlu/cli/entry.h"
+#include "vorlu/platform/linux/linux_platform.h"
+
+int main(int argc, char** argv) {
+  vorlu::LinuxPlatform platform;
+  return vorlu::runVorlu(platform.platform(), vorlu::sealedSite, std::vector<std::string>(argv + 1, argv + argc));
+}
