@@ -71,7 +71,7 @@ TEST_F(RunDataTest, WritesTheKeysOfEachSelector) {
       if constexpr (requires { value->size(); }) {
         if (value) texts[key] = *value;
       } else {
-        if (value) texts[key] = *value == start ? "now" : std::to_string(*value);
+        if (value) texts[key] = static_cast<std::int64_t>(*value) == start ? "now" : std::to_string(*value);
       }
     };
     text("DeferCount", file.DeferCount), text("LastRun", file.LastRun), text("UserDeferred", file.UserDeferred);
@@ -169,6 +169,12 @@ TEST_F(RunDataTest, EndsWhenStateCannotBeMade) {
 }
 
 struct RunTypeTest : RunDataTest {
+  static Command agentSearch() {
+    Command search;
+    search.program = "/usr/bin/pgrep";
+    search.arguments = {"-x", "vorlu"};
+    return search;
+  }
   void leaveBehind(const std::string& type, const std::string& parent) {
     RunDataFile file;
     file.CurrentRunType = type;
@@ -189,19 +195,17 @@ TEST_F(RunTypeTest, AloneItClearsWhatACrashLeft) {
 }
 
 TEST_F(RunTypeTest, BesideAnotherAgentItWritesNothing) {
-  for (const Answer& answer :
-       {Answer{.output = "4000\n4711\n"}, Answer{.output = "", .status = 3}, Answer{.starts = false}}) {
-    leaveBehind("appInstallRun:firefox", "4711");
-    TestPlatform& machine = mac;
-    machine.processes.onPrefix("/usr/bin/pgrep", answer);
-    ScriptedProcesses scripted;
-    scripted.on("/usr/bin/pgrep -x vorlu", answer);
-    Platform& real = mac.platform();
-    Platform other{real.clock,    real.files,        scripted,       real.urls,   real.security,
-                   real.keychain, real.consoleUser,  real.device,    real.power,  real.cameras,
-                   real.focus,    real.applications, real.systemLog, real.console};
-    Vorlu second(other, site);
+  const Answer answers[] = {{.output = "4000\n4711\n"},
+                            {.output = "", .status = 3},
+                            {.output = "", .timedOut = true},
+                            {.output = "", .starts = false}};
+  for (const Answer& answer : answers) mac.processes.on("/usr/bin/pgrep -x vorlu", answer);
+  leaveBehind("appInstallRun:firefox", "4711");
+  mac.processes.run(agentSearch());  // the answer of a Mac without another agent
+  for (std::size_t other = 0; other < std::size(answers); ++other) {
+    Vorlu second(mac.platform(), site);
     setCurrentRunType(second, "N/A");
+    EXPECT_EQ(second.modes.standing, Standing::beside) << other;
     EXPECT_EQ(stored().CurrentRunType, "appInstallRun:firefox");
     EXPECT_TRUE(mac.exists(paths::watchReceipt));
   }

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "vorlu/platform/result.h"
+
+namespace vorlu::refserver {
+
+/// Fills `folder` with the least that a server needs: an inventory of `baseUrl` with random tokens, empty catalogs and
+/// manifest, the time stamp 1 and `files/`. Files that are there already stay as they are.
+Status makeSampleData(const std::string& folder, const std::string& baseUrl);
+
+}  // namespace vorlu::refserver
