@@ -1,0 +1,183 @@
+#include <fmt/format.h>
+
+#include "refserver/secrets.h"
+#include "tests/unit/server/server_fixture.h"
+#include "vorlu/server/key_material.h"
+#include "vorlu/server/keychain_util.h"
+#include "vorlu/state/encoding.h"
+#include "vorlu/state/paths.h"
+
+namespace vorlu::test {
+namespace {
+
+using KeyMaterialFlow = ServerFixture;
+using ::testing::ElementsAre;
+
+const std::string contact = "If the issue persists, contact support@example.com";
+const std::string noComponents =
+    "Error: Could not obtain key components required for Vorlu. Please review the Vorlu network requirements. " +
+    contact;
+const std::string noCertificates =
+    "Error: Could not obtain certificates from the keychain. Please review the Vorlu network requirements. " + contact;
+const std::string corruptStore =
+    "Error: Vorlu terminated because the Vorlu keychain data appears to be corrupt. " + contact;
+const std::string corruptForJamf = "Error: Vorlu terminated because the Vorlu keychain data is corrupt. " + contact;
+const char* const keychainFile = "/Library/Keychains/vorlu.keychain.json";
+
+std::string inventory(const std::string& records) {
+  return fmt::format(R"({{"SecInventory": [{}]}})", records);
+}
+
+TEST_F(KeyMaterialFlow, EmptyKeychainIsFilledAtTheFirstQuestion) {
+  Vorlu& vorlu = newRun();
+  EXPECT_FALSE(hasKeyMaterial(vorlu));
+  EXPECT_EQ(fetchInventoryValue(vorlu, liveBlueprints, true), "live-token");
+  EXPECT_EQ(fetchInventoryValue(vorlu, liveBlueprints, false), base + "/live");
+  EXPECT_EQ(fetchInventoryValue(vorlu, "unknown label", false), "");
+  EXPECT_TRUE(hasKeyMaterial(vorlu));
+  EXPECT_THAT(logged(), joined({noKeychainData}, keysAdded));
+  EXPECT_THAT(requests(), ElementsAre("GET /secrets 200"));
+  EXPECT_FALSE(vorlu.keys.keychainWriteFailed);
+
+  Vorlu& next = newRun();
+  EXPECT_EQ(fetchInventoryValue(next, liveBlueprints, true), "live-token");
+  EXPECT_THAT(logged(), ElementsAre());
+  EXPECT_THAT(requests(), ElementsAre());
+  deleteKeychainItems(next);
+  EXPECT_FALSE(hasKeyMaterial(next));
+}
+
+TEST_F(KeyMaterialFlow, LaterLookUpsSeeFreshKeys) {
+  Vorlu& vorlu = newRunWithKeys();
+  EXPECT_EQ(fetchInventoryValue(vorlu, liveBlueprints, true), "live-token");
+  serveInventory(R"({"label": "live_blueprints", "url": "u", "token": "rotated"})");
+  EXPECT_EQ(fetchInventoryValue(vorlu, liveBlueprints, true), "live-token");
+  populateKeychain(vorlu, true);
+  EXPECT_EQ(fetchInventoryValue(vorlu, liveBlueprints, true), "rotated");
+}
+
+TEST_F(KeyMaterialFlow, ServerThatGivesNothingIsAskedTwice) {
+  Vorlu& vorlu = newRunWithKeys();
+  answer("/secrets", 200, R"({"data": "d", "signature": "s", "sec": ""})");
+  populateKeychain(vorlu, true);
+  EXPECT_TRUE(vorlu.keys.keychainWriteFailed);
+  EXPECT_FALSE(hasKeyMaterial(vorlu));
+  EXPECT_THAT(requests(), ElementsAre("GET /secrets 200", "GET /secrets 200"));
+  EXPECT_THAT(logged(), ElementsAre(noComponents));
+  EXPECT_THAT(toldJamf(), ElementsAre(noComponents));
+
+  onRequest = nullptr;
+  populateKeychain(vorlu, true);
+  EXPECT_FALSE(vorlu.keys.keychainWriteFailed) << "a later success counts";
+
+  deleteKeychainItems(vorlu);
+  Vorlu& next = newRun();
+  answer("/secrets", 403, "{}");
+  EXPECT_EQ(endOf([&] { fetchInventoryValue(next, liveBlueprints, true); }), 1);
+  EXPECT_THAT(logged(), ElementsAre(noKeychainData, noComponents, noCertificates, "Exiting..."));
+  EXPECT_THAT(toldJamf(), ElementsAre(noComponents, noCertificates));
+}
+
+TEST_F(KeyMaterialFlow, BlockForOtherKeysIsFetchedAnewOnce) {
+  const auto other = seal::RsaKey::generate(2048);
+  const std::string document = inventory(R"({"label": "live_blueprints", "url": "u", "token": "t"})");
+  answer("/secrets", 200, secretsAnswer(document, other));
+  Vorlu& healed = newRunWithKeys();
+  onRequest = nullptr;
+  EXPECT_EQ(fetchInventoryValue(healed, liveBlueprints, true), "live-token");
+  EXPECT_THAT(logged(), joined({noKeychainData}, keysAdded));
+
+  answer("/secrets", 200, secretsAnswer(document, other));
+  Vorlu& lost = newRunWithKeys();
+  EXPECT_EQ(endOf([&] { fetchInventoryValue(lost, liveBlueprints, true); }), 1);
+  const std::string undeciphered =
+      "Error: Vorlu terminated because the keychain data could not be decrypted - Error Domain=DecryptionError Code=0 "
+      "\"Decryption failed\"";
+  EXPECT_THAT(logged(), joined(joined({noKeychainData}, keysAdded), {undeciphered, "Exiting..."}));
+  EXPECT_THAT(toldJamf(), ElementsAre(undeciphered));
+  EXPECT_THAT(requests(), ElementsAre("GET /secrets 200"));
+  EXPECT_EQ(runData().CurrentRunType, "N/A");
+}
+
+TEST_F(KeyMaterialFlow, DamagedBlocksEndTheRun) {
+  const std::string undeciphered = "Error: Vorlu terminated because the keychain data could not be decrypted - ";
+  const std::string empty = "Error: Vorlu terminated because the Vorlu keychain data is empty. " + contact;
+  const std::string emptyForJamf = "Error: Vorlu terminated because the Vorlu keychain data isempty. " + contact;
+  const auto& key = agentKeys().agent;
+  const std::string shortKey =
+      fmt::format(R"({{"data": "{}", "signature": "{}", "sec": "{}"}})", base64Encode(std::string(32, 'd')),
+                  base64Encode(key.encrypt(std::string(31, 'k'))), base64Encode(std::string(16, 'i')));
+  const struct {
+    const char* what;
+    std::string answer;
+    std::vector<std::string> lines;  ///< their beginnings, before "Exiting..."
+    std::string jamf;
+  } cases[] = {
+      {"Base64",
+       R"({"data": "!", "signature": "QUJD", "sec": "QUJD"})",
+       {"Error: Failed to decode Base64 string (!)",
+        "Error: Vorlu terminated because keychain components could not be converted due to an unknown error. " +
+            contact},
+       "Error: Vorlu terminated because keychain components could not be converted due to an unknown error. "},
+      {"AES key", shortKey, {"Error in AES operation: -4300", undeciphered + "Error Domain=CryptoError"}, undeciphered},
+      {"JSON", secretsAnswer("[]", key), {undeciphered + "typeMismatch("}, undeciphered},
+      {"no list", secretsAnswer("{}", key), {empty}, emptyForJamf},
+      {"empty list", secretsAnswer(inventory(""), key), {empty}, emptyForJamf},
+  };
+  for (const auto& c : cases) {
+    Vorlu& vorlu = newRun();
+    deleteKeychainItems(vorlu);
+    answer("/secrets", 200, c.answer);
+    EXPECT_EQ(endOf([&] { fetchInventoryValue(vorlu, liveBlueprints, true); }), 1) << c.what;
+    EXPECT_THAT(logged(), linesThatBegin(joined(joined(joined({noKeychainData}, keysAdded), c.lines), {"Exiting..."})))
+        << c.what;
+    EXPECT_THAT(toldJamf(), ElementsAre(::testing::StartsWith(c.jamf))) << c.what;
+  }
+}
+
+TEST_F(KeyMaterialFlow, RecordsWithoutAValueAreACorruptStore) {
+  const std::string decoy = agentKeys().decoys[3];
+  const std::string twice = agentKeys().decoys[0] + "to" + decoy + "k" + decoy + "en" + agentKeys().decoys[9];
+  answer("/secrets", 200,
+         secretsAnswer(inventory(fmt::format(R"({{"label": "spliced", "token": "{}", "url": null}},
+                                                {{"label": "hollow", "token": "{}{}", "url": ""}},
+                                                {{"label": "hollow", "token": "second", "url": "second"}})",
+                                             twice, decoy, decoy)),
+                       agentKeys().agent));
+  EXPECT_EQ(fetchInventoryValue(newRunWithKeys(), "spliced", true), "token");
+  const std::pair<const char*, bool> broken[] = {{"spliced", false}, {"hollow", true}, {"hollow", false}};
+  for (const auto& [label, wantToken] : broken) {
+    Vorlu& vorlu = newRun();
+    EXPECT_EQ(endOf([&, name = label, token = wantToken] { fetchInventoryValue(vorlu, name, token); }), 1) << label;
+    EXPECT_THAT(logged(), ElementsAre(corruptStore, "Exiting..."));
+    EXPECT_THAT(toldJamf(), ElementsAre(corruptForJamf));
+  }
+}
+
+TEST_F(KeyMaterialFlow, UnreadableKeychainIsReplacedOrEndsTheRun) {
+  mac.write(keychainFile, "{ no keychain");
+  Vorlu& vorlu = newRun();
+  EXPECT_EQ(fetchInventoryValue(vorlu, liveBlueprints, true), "live-token");
+  const std::vector<std::string> noAccess(3, "Error: Could not access macOS keychain");
+  EXPECT_THAT(logged(), joined(joined(noAccess, {noKeychainData}), keysAdded));
+
+  mac.platform().files.remove(keychainFile);
+  mac.makeFolder(keychainFile);
+  Vorlu& stuck = newRun();
+  EXPECT_EQ(endOf([&] { populateKeychain(stuck, false); }), 1);
+  EXPECT_TRUE(stuck.keys.keychainWriteFailed);
+  EXPECT_THAT(logged(), ElementsAre("Error: Vorlu signature could not be added to the keychain", "Exiting..."));
+  EXPECT_THAT(toldJamf(), ElementsAre("Error: Vorlu signature could not be added to the keychain"));
+}
+
+TEST_F(KeyMaterialFlow, DamagedSigningSecretEndsTheRun) {
+  sealed.signingSecret[1] = "?";
+  Vorlu& vorlu = newRun();
+  EXPECT_EQ(endOf([&] { loadSigningSecret(vorlu); }), 1);
+  const std::string notRead = "Error processing security data - invalidBase64String";
+  EXPECT_THAT(logged(), ElementsAre(notRead, notRead, noComponents, "Exiting..."));
+  EXPECT_THAT(toldJamf(), ElementsAre(noComponents));
+}
+
+}  // namespace
+}  // namespace vorlu::test

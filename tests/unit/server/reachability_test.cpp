@@ -1,0 +1,150 @@
+#include "vorlu/server/reachability.h"
+
+#include <fmt/format.h>
+
+#include "tests/unit/server/server_fixture.h"
+#include "vorlu/server/key_material.h"
+#include "vorlu/state/paths.h"
+
+namespace vorlu::test {
+namespace {
+
+using Reachability = ServerFixture;
+using ::testing::ElementsAre;
+
+const std::vector<std::string> secondAttempt = {"The Vorlu server was not reachable on the first connection attempt",
+                                                "Obtaining Vorlu certificates..."};
+const std::string noStatus = "Warning: The Vorlu server is not reachable. Could not obtain HTTP status code";
+const std::string copyUsed = "Offline Application data will be used";
+const std::string noCopy = "Error: No offline data was found for the update. Unable to continue";
+
+TEST_F(Reachability, ReachedServerIsToldToTheFileAlone) {
+  Vorlu& vorlu = newRunWithKeys();
+  checkServerReachable(vorlu);
+  EXPECT_FALSE(vorlu.catalog.offlineMode);
+  vorlu.modes.testingBlueprints = true;
+  checkServerReachable(vorlu);
+  EXPECT_THAT(requests(), ElementsAre("GET /live 200", "GET /testing 200"));
+  EXPECT_THAT(logged(), ElementsAre("The Vorlu server is reachable", "The Vorlu server is reachable"));
+  EXPECT_EQ(mac.clock.sleeps().size(), 0U);
+}
+
+TEST_F(Reachability, RefusalIsAnsweredWithFreshKeysOnce) {
+  Vorlu& rotated = newRunWithKeys();
+  serveInventory(fmt::format(R"({{"label": "live_blueprints", "url": "{}/live", "token": "new"}})", base));
+  checkServerReachable(rotated);
+  EXPECT_FALSE(rotated.catalog.offlineMode);
+  EXPECT_THAT(requests(), ElementsAre("GET /live 401", "GET /secrets 200", "GET /live 200"));
+  EXPECT_THAT(logged(), joined(joined(secondAttempt, keysAdded), {"The Vorlu server is reachable"}));
+
+  Vorlu& refused = newRun();
+  answer("/live", 401, "{}");
+  mac.write(paths::offlineData, "[]");
+  checkServerReachable(refused);
+  EXPECT_TRUE(refused.catalog.offlineMode);
+  EXPECT_THAT(requests(), ElementsAre("GET /live 401", "GET /secrets 200", "GET /live 401"));
+  EXPECT_THAT(logged(), joined(joined(secondAttempt, keysAdded),
+                               {"Warning: The Vorlu server is not reachable. Status Code: 401", copyUsed}));
+  const std::chrono::seconds pause(1);
+  EXPECT_THAT(mac.clock.sleeps(), ElementsAre(pause, pause));
+}
+
+TEST_F(Reachability, ServerThatRefusesEverythingLeavesTheRunItsKeys) {
+  Vorlu& vorlu = newRunWithKeys();
+  onRequest = [](const auto&, refserver::Response& response) { response = refserver::messageResponse(503, "later"); };
+  checkServerReachable(vorlu);
+  EXPECT_TRUE(vorlu.catalog.offlineMode);
+  EXPECT_THAT(requests(), ElementsAre("GET /live 503", "GET /secrets 503", "GET /secrets 503", "GET /live 503"));
+  const std::string noKeys =
+      "Error: Could not obtain key components required for Vorlu. Please review the Vorlu network requirements. If the "
+      "issue persists, contact support@example.com";
+  EXPECT_THAT(logged(),
+              joined(secondAttempt, {noKeys, "Warning: The Vorlu server is not reachable. Status Code: 503", noCopy}));
+  EXPECT_THAT(toldJamf(), ElementsAre(noKeys,
+                                      "Error: The Vorlu server is unreachable and no offline cached data was found. "
+                                      "Unable to continue with the update. Please contact support@example.com for "
+                                      "support"));
+}
+
+TEST_F(Reachability, NoNetworkKeepsTheKeys) {
+  Vorlu& vorlu = newRunWithKeys();
+  server->stop();
+  checkServerReachable(vorlu);
+  EXPECT_TRUE(vorlu.catalog.offlineMode);
+  EXPECT_TRUE(hasKeyMaterial(vorlu));
+  EXPECT_THAT(logged(), ElementsAre(noStatus, noCopy));
+  EXPECT_THAT(toldJamf(), ElementsAre("Error: The Vorlu server is unreachable and no cached data was found. Unable to "
+                                      "continue with the update. Please contact support@example.com for support"));
+  EXPECT_FALSE(checkInternetConnection(vorlu));
+}
+
+TEST_F(Reachability, BlanksOfAUrlAreEscaped) {
+  Vorlu& vorlu = newRun();
+  EXPECT_EQ(probeServer(vorlu, base + "/a b c", "token"), 404);
+  EXPECT_THAT(requests(), ElementsAre("GET /a b c 404"));
+}
+
+TEST_F(Reachability, OnlyAHeadAnswered200IsAConnection) {
+  Vorlu& vorlu = newRun();
+  EXPECT_TRUE(checkInternetConnection(vorlu));
+  answer("/connectivity", 302, "");
+  EXPECT_FALSE(checkInternetConnection(vorlu));
+  EXPECT_THAT(requests(), ElementsAre("HEAD /connectivity 200", "HEAD /connectivity 302"));
+}
+
+TEST_F(Reachability, KeysAreRefreshedWhenTheServersAreNewer) {
+  const std::string failed = "Error: Certificate validation data decode failed  - ";
+  const std::string absent = "Warning: Could not obtain the last certificate modification date from the Vorlu server";
+  const std::string none =
+      "Warning: Could not obtain the last certificate modification timestamp from the Vorlu server";
+  const struct {
+    const char* body;
+    std::int64_t stored;
+    CertificateRefresh outcome;
+    std::vector<std::string> lines;  ///< their beginnings
+    std::size_t sleeps;
+  } cases[] = {
+      {R"({"timestamp": 501})", 500, CertificateRefresh::done, joined({"Updating Vorlu certificates..."}, keysAdded),
+       0},
+      {R"({"timestamp": 500})", 500, CertificateRefresh::notNeeded, {}, 0},
+      {R"({"timestamp": 499})", 500, CertificateRefresh::notNeeded, {}, 0},
+      {R"({"timestamp": 0})", 0, CertificateRefresh::notNeeded, {none}, 1},
+      {"{}", 0, CertificateRefresh::notNeeded, {absent, absent, none}, 1},
+      {"<html>", 0, CertificateRefresh::notNeeded, {failed + "dataCorrupted", failed + "dataCorrupted", none}, 1},
+      {R"({"timestamp": "1"})", 0, CertificateRefresh::notNeeded, {failed + "type", failed + "type", none}, 1},
+  };
+  for (const auto& c : cases) {
+    RunDataFile stored;
+    stored.SecretsTimestamp = c.stored;
+    setRunData(stored);
+    answer("/timestamp", 200, c.body);
+    Vorlu& vorlu = newRun();
+    const std::size_t sleptBefore = mac.clock.sleeps().size();
+    EXPECT_EQ(refreshCertificates(vorlu), c.outcome) << c.body;
+    EXPECT_EQ(mac.clock.sleeps().size() - sleptBefore, c.sleeps) << c.body;
+    EXPECT_THAT(logged(), linesThatBegin(c.lines)) << c.body;
+    const bool refreshed = c.outcome == CertificateRefresh::done;
+    EXPECT_EQ(runData().SecretsTimestamp, refreshed ? static_cast<std::int64_t>(mac.clock.now()) : c.stored) << c.body;
+  }
+}
+
+TEST_F(Reachability, TimestampRequestsDifferSoThatNoCacheAnswers) {
+  Vorlu& vorlu = newRun();
+  mac.clock.set(1700000000.25);
+  EXPECT_EQ(fetchCertificateTimestamp(vorlu), 1);
+  const auto exchanges = server->exchanges();
+  ASSERT_EQ(exchanges.size(), 1U);
+  EXPECT_EQ(exchanges[0].request.query, "nocache=1700000000.250000");
+  EXPECT_EQ(exchanges[0].request.header("Authorization"), "");
+  EXPECT_EQ(exchanges[0].request.header("Cache-Control"), "no-cache");
+}
+
+TEST_F(Reachability, FailedRefreshLeavesItsTimeAlone) {
+  serve("timestamp.json", R"({"timestamp": 9})");
+  answer("/secrets", 500, "{}");
+  EXPECT_EQ(refreshCertificates(newRun()), CertificateRefresh::failed);
+  EXPECT_EQ(runData().SecretsTimestamp.value_or(0), 0);
+}
+
+}  // namespace
+}  // namespace vorlu::test
