@@ -1,0 +1,79 @@
+#include "vorlu/detection/inspect_app.h"
+
+#include "vorlu/detection/download_cache.h"
+#include "vorlu/detection/installed_version.h"
+#include "vorlu/detection/location.h"
+#include "vorlu/detection/placeholders.h"
+#include "vorlu/detection/version.h"
+#include "vorlu/vorlu.h"
+
+namespace vorlu {
+namespace {
+
+/// A version method may declare its app out of scope.
+bool isSkip(std::string_view version) {
+  constexpr std::string_view skip = "skip";
+  if (version.size() != skip.size()) return false;
+  for (std::size_t index = 0; index < skip.size(); ++index) {
+    if (version[index] != skip[index] && version[index] != skip[index] - 'a' + 'A') return false;
+  }
+  return true;
+}
+
+std::string receiptOf(Vorlu& vorlu, const AppBlueprints& entry, CatalogWalk& walk) {
+  if (!entry.installReceipts || entry.installReceipts->empty()) return "Unknown";
+  return findPackageReceipt(vorlu, entry.installReceipts->front() + ".plist", walk.listings);
+}
+
+VersionSource versionSourceOf(Vorlu& vorlu, const AppBlueprints& entry, const std::string& path, CatalogWalk& walk) {
+  VersionSource source{
+      orEmpty(entry.latestVersionMethod), path, expandVersion(orEmpty(entry.infoPlistPath), entry), {}, {}};
+  if (source.method == "shellCommand") source.script = entry.latestVersionScript.value_or("print Unknown");
+  if (source.method == "pkgReceipt") source.receiptPath = receiptOf(vorlu, entry, walk);
+  return source;
+}
+
+bool isAllowed(const AppBlueprints& entry, const CatalogWalk& walk) {
+  if (walk.allowedIdentifiers.empty()) return true;
+  return entry.appIdentifier && walk.allowedIdentifiers.contains(*entry.appIdentifier);
+}
+
+void recordInstalledApp(Vorlu& vorlu, const AppBlueprints& entry, ApplicationInventory app, CatalogWalk& walk) {
+  app.updateRequired = compareVersions(app.latestVersion, app.installedVersion) == 1;
+  const bool inScope = !isSkip(app.installedVersion);
+  if (!app.updateRequired) {
+    purgeCache(vorlu, orEmpty(entry.appName), walk.listings, MissingCache::fine);
+  } else if (inScope) {
+    vorlu.updates.pendingUpdates.push_back(app);
+  }
+  if (inScope) vorlu.updates.appInventoryList.push_back(std::move(app));
+}
+
+}  // namespace
+
+CatalogWalk::CatalogWalk(Vorlu& vorlu)
+    : listings(vorlu.platform.files), processor(vorlu::processor(vorlu.platform.device)) {
+  const auto& allowed = vorlu.catalog.allowedUpdateIdentifiers;
+  allowedIdentifiers.insert(allowed.begin(), allowed.end());
+}
+
+bool inspectApp(Vorlu& vorlu, const AppBlueprints& entry, const std::string& latestVersion, CatalogWalk& walk) {
+  const bool cached = listCacheContains(vorlu, orEmpty(entry.appName), walk.listings);
+  std::string path = locateApp(vorlu, entry, walk.listings);
+  if (path.empty()) return false;
+  const VersionSource source = versionSourceOf(vorlu, entry, path, walk);
+
+  ApplicationInventory app;
+  app.appName = entry.appName.value_or("Unknown");
+  app.appIdentifier = entry.appIdentifier.value_or("Unknown");
+  app.installedPath = std::move(path);
+  app.installedVersion = readInstalledVersion(vorlu, source);
+  app.latestVersion = latestVersion;
+  app.latestVersionReleased = entry.dateReleased.value_or("Unknown");
+  app.updateCached = cached;
+  app.updatesAllowed = isAllowed(entry, walk);
+  recordInstalledApp(vorlu, entry, std::move(app), walk);
+  return true;
+}
+
+}  // namespace vorlu

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "vorlu/detection/app_inventory.h"
+
+namespace vorlu {
+
+/// Which walk of the catalog filled `pendingUpdates`.
+enum class Walk {
+  none,
+  full,     ///< allowed apps that are due: the only list that may be installed from or shown to a user
+  refresh,  ///< every app, allowed or not
+  single,   ///< one named app
+};
+
+/// What the update checks of this process found, and what became of it.
+struct UpdateState {
+  std::vector<ApplicationInventory> appInventoryList;
+  std::vector<ApplicationInventory> pendingUpdates;
+  Walk pendingFrom = Walk::none;
+  bool singleAppUpdateFound = false;
+  bool compliantThisRun = false;  ///< a full check found nothing pending
+
+  ApplicationInventory currentUpdate;                ///< the record under work
+  std::vector<ApplicationInventory> skippedUpdates;  ///< in use at the last full pass
+  std::vector<std::string> failedUpdates;            ///< `serverName` of failed applications
+  int currentUpdateNumber = 0;
+};
+
+}  // namespace vorlu
