@@ -1,0 +1,134 @@
+#include "vorlu/policy/update_check_flow.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tests/unit/install/install_run.h"
+#include "vorlu/state/end_run.h"
+#include "vorlu/state/property_list.h"
+#include "vorlu/state/run_data.h"
+
+namespace vorlu::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+const std::string stored = "Mar 02 2026 12:00:00 +0000";
+
+class UpdateCheckFlow : public InstallRun {
+ protected:
+  UpdateCheckFlow() {
+    mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "4000\n"});
+    RunDataFile file;
+    file.CurrentRunType = "N/A";
+    mac.write(paths::runData, encodePropertyList(file));
+  }
+
+  /// -1 when the flow comes back.
+  int flow(bool hourly) {
+    try {
+      updateCheckFlow(vorlu, hourly);
+    } catch (const RunEnded& ended) {
+      return ended.status;
+    }
+    return -1;
+  }
+  RunDataFile runData() { return *loadRunData(mac.files); }
+};
+
+TEST_F(UpdateCheckFlow, NothingDueIsCompliant) {
+  addToCatalog("Slides");
+  mac.addApplication(pathOf("Slides"), "com.example.Slides", "2.0");
+  EXPECT_EQ(flow(false), 0);
+  EXPECT_THAT(messages(), ElementsAre("Checking for updates. Please wait...", "Updating installed App inventory...",
+                                      "No updates are required", "Updating installed App inventory...", "Exiting..."));
+  EXPECT_EQ(runData().LastCompliant, stored);
+  EXPECT_EQ(runData().CurrentRunType, "N/A");
+  EXPECT_EQ(runData().NextUpdateAttempt, std::nullopt);
+  EXPECT_TRUE(vorlu.updates.compliantThisRun);
+  EXPECT_EQ(vorlu.modes.runStage, "N/A");
+}
+
+TEST_F(UpdateCheckFlow, HourlyFormInstallsAndSaysWhenItIsDueAgain) {
+  const std::string hash = *addToCatalog("Slides").universalInstallerHash;
+  install("Slides");
+  std::string typeDuringInstall;
+  vorlu.catalog.entries[0].preInstallScript = "true";
+  mac.processes.on("zsh: true",
+                   {.output = "", .effect = [&](const Command&) { typeDuringInstall = *runData().CurrentRunType; }});
+  EXPECT_EQ(flow(true), -1);
+  EXPECT_EQ(typeDuringInstall, "hourlyUpdateCheck");
+  Lines expected = {"Checking for new updates...", "Updating installed App inventory...",
+                    "Update required: Slides v2.0."};
+  const Lines update = linesOfUpdate("Slides", hash);
+  expected.insert(expected.end(), update.begin(), update.end());
+  expected.insert(expected.end() - 3, "Running pre-install scripts...");
+  expected.push_back("Updating installed App inventory...");
+  EXPECT_THAT(messages(), ElementsAreArray(expected));
+  EXPECT_EQ(runData().LastCompliant, stored);
+  EXPECT_FALSE(vorlu.updates.compliantThisRun);
+  const std::int64_t wait = *runData().NextUpdateAttempt - static_cast<std::int64_t>(mac.clock.now());
+  EXPECT_GE(wait, 3780);
+  EXPECT_LE(wait, 4800);
+  EXPECT_THAT(mac.read(paths::appInventory), ::testing::HasSubstr("\"installedVersion\" : \"2.0\""));
+}
+
+TEST_F(UpdateCheckFlow, FailingAppsBetweenGoodOnesStopNothing) {
+  for (const std::string name : {"A", "Bad Hash", "Gone", "B"}) {
+    addToCatalog(name);
+    install(name);
+  }
+  vorlu.catalog.entries[1].universalInstallerHash = "wrong";
+  answers.erase("/2.zip");
+  EXPECT_EQ(flow(false), 0);
+  for (const auto& [name, version] : {std::pair{"A", "2.0"}, {"Bad Hash", "1.0"}, {"Gone", "1.0"}, {"B", "2.0"}})
+    EXPECT_EQ(installedVersion(name), version);
+  EXPECT_EQ(runData().LastCompliant, std::nullopt) << "two apps are still due";
+  EXPECT_THAT(vorlu.updates.failedUpdates, IsEmpty()) << "this flow keeps no list of them";
+  EXPECT_THAT(leftovers(), IsEmpty());
+}
+
+TEST_F(UpdateCheckFlow, AnAppInUseStaysCachedForThePrompt) {
+  addToCatalog("A");
+  addToCatalog("B");
+  install("A");
+  install("B");
+  mac.applications.running = {"com.example.A"};
+  EXPECT_EQ(flow(false), 0);
+  EXPECT_EQ(installedVersion("A"), "1.0");
+  EXPECT_EQ(installedVersion("B"), "2.0");
+  EXPECT_THAT(leftovers(), ElementsAre("A-v2.0.zip"));
+  EXPECT_EQ(runData().LastCompliant, std::nullopt);
+  ASSERT_EQ(vorlu.updates.skippedUpdates.size(), 1U);
+  EXPECT_EQ(vorlu.updates.skippedUpdates[0].installedPath, pathOf("A"));
+  EXPECT_EQ(vorlu.updates.skippedUpdates[0].installedVersion, "1.0");
+}
+
+TEST_F(UpdateCheckFlow, CatalogTestPassesOverUnverifiedApps) {
+  addToCatalog("A").skipServerVerification = true;
+  addToCatalog("B");
+  install("A");
+  install("B");
+  vorlu.modes.testingBlueprints = true;
+  EXPECT_EQ(flow(false), 0);
+  EXPECT_THAT(messages(), Contains("Server verification for A is not enabled. Skipping update test..."));
+  EXPECT_EQ(installedVersion("A"), "1.0");
+  EXPECT_EQ(installedVersion("B"), "2.0");
+}
+
+TEST_F(UpdateCheckFlow, PutsBackWhatAKilledRunMovedAsideBeforeItLooks) {
+  addToCatalog("Slides");
+  mac.addApplication("/Applications/.~/old/Slides.app", "com.example.Slides", "1.0");
+  mac.write(paths::run + "/placement", "/Applications");
+  EXPECT_EQ(flow(false), 0);
+  EXPECT_EQ(installedVersion("Slides"), "2.0") << "found, and so updated";
+  EXPECT_THAT(*mac.files.list("/Applications"), ElementsAre("Slides.app"));
+}
+
+}  // namespace
+}  // namespace vorlu::test

@@ -1,0 +1,141 @@
+#include "vorlu/install/archive.h"
+
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "tests/unit/install/install_run.h"
+
+namespace vorlu::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+class Archive : public InstallRun {};
+class ScriptedArchive : public InstallRun {
+ protected:
+  ScriptedArchive() : InstallRun(false) {}
+};
+
+TEST_F(Archive, RefusesMembersThatDoNotStayInside) {
+  const Member good{"Slides.app/good", "good"};
+  const struct {
+    const char* what;
+    std::vector<Member> members;
+    bool refused;
+  } cases[] = {
+      {"up", {good, {"../evil", "x"}}, true},
+      {"up in the middle", {good, {"Slides.app/../../evil", "x"}}, true},
+      {"up and down again", {good, {"Slides.app/../Slides.app/evil", "x"}}, true},
+      {"absolute", {{"/evil", "x"}, good}, true},
+      {"link to a folder outside", {good, {"Slides.app/l", "", '2', "../.."}}, true},
+      {"absolute link", {good, {"Slides.app/l", "", '2', "/private/etc"}}, true},
+      {"link through a link", {good, {"l", "", '2', "."}, {"m", "", '2', "l/.."}}, true},
+      {"file through a link", {good, {"l", "", '2', "Slides.app"}, {"l/x", "x"}}, true},
+      {"link whose name holds the arrow", {good, {"a -> b", "", '2', "../../etc"}}, true},
+      {"hard link", {good, {"h", "", '1', "../../runData.plist"}}, true},
+      {"device", {good, {"d", "", '3'}}, true},
+      {"pipe", {good, {"p", "", '6'}}, true},
+      {"set-uid", {good, {"s", "x", '0', "", 04755}}, true},
+      {"set-gid", {good, {"s", "x", '0', "", 02755}}, true},
+      {"harmless ones",
+       {good,
+        {"./Slides.app/..dots", "x"},
+        {"Slides.app/Versions/", "", '5', "", 02755},
+        {"Slides.app/Versions/l", "", '2', "../good"},
+        {"h", "", '1', "Slides.app/good"},
+        {"It's \"ü\" -> /x", "x"}},
+       false},
+  };
+  const std::string file = paths::downloads + "/a.zip";
+  for (const auto& c : cases) {
+    mac.write(file, tarOf(c.members));
+    mac.write(paths::output + "/before", "of another archive");
+    messages();
+    extractArchive(vorlu, file);
+    const Lines lines = messages();
+    if (c.refused) {
+      EXPECT_THAT(*mac.files.list(paths::output), IsEmpty()) << c.what;
+      ASSERT_EQ(lines.size(), 1U) << c.what;
+      EXPECT_THAT(lines[0], HasSubstr("Error: Could not extract " + file + " - ")) << c.what;
+    } else {
+      EXPECT_THAT(lines, ::testing::ElementsAre("Extraction complete")) << c.what;
+      EXPECT_TRUE(mac.exists(paths::output + "/Slides.app/good")) << c.what;
+      EXPECT_FALSE(mac.exists(paths::output + "/before")) << c.what;
+    }
+    EXPECT_FALSE(mac.exists(paths::run + "/evil")) << c.what;
+  }
+}
+
+TEST_F(Archive, UnpacksARealZip) {
+  const std::string source = paths::run + "/source";
+  mac.addApplication(source + "/My App.app", "id", "2.0");
+  std::filesystem::create_symlink("MacOS/My App", mac.root() + source + "/My App.app/Contents/link");
+  mac.processes.passThrough("/usr/bin/bsdtar", mac.root(), {paths::run});
+  const std::string file = paths::downloads + "/a.zip";
+  ASSERT_EQ(
+      mac.processes.run(commandOf("/usr/bin/bsdtar", {"--format", "zip", "-cf", file, "-C", source, "My App.app"}))
+          .status,
+      0);
+  extractArchive(vorlu, file);
+  const std::string contents = paths::output + "/My App.app/Contents";
+  EXPECT_EQ(mac.read(contents + "/Info.plist"), mac.read(source + "/My App.app/Contents/Info.plist"));
+  EXPECT_EQ(mac.files.info(contents + "/MacOS/My App")->mode, 0755);
+  EXPECT_EQ(mac.files.info(contents + "/link")->kind, FileKind::link);
+  EXPECT_THAT(messages(), ::testing::ElementsAre("Extraction complete"));
+}
+
+TEST_F(Archive, DamagedOnesLeaveNothing) {
+  const std::string file = paths::downloads + "/a.zip";
+  std::string truncated = tarOf({{"a", "x"}, {"b", std::string(5000, 'y')}});
+  truncated.resize(3000);
+  for (const std::string& content : {std::string(), std::string("<html>Sign in</html>"), truncated}) {
+    mac.write(file, content);
+    extractArchive(vorlu, file);
+    EXPECT_THAT(*mac.files.list(paths::output), IsEmpty()) << content.size();
+  }
+}
+
+TEST_F(ScriptedArchive, StatusOfTheToolDecidesUnlessOnlyOwnersAreLost) {
+  const struct {
+    Answer answer;
+    const char* line;
+  } cases[] = {
+      {{.output = "a: Can't set user=501/group=20 for a\ntar: Error exit delayed from previous errors.\n", .status = 1},
+       "Extraction complete"},
+      {{.output = "a: Can't set user=501/group=20 for a\nb: ZIP bad CRC: 0x1\n", .status = 1},
+       "Error: Could not extract /a.zip - b: ZIP bad CRC: 0x1"},
+      {{.output = "a: Write failed: No space left on device\n", .status = 1},
+       "Error: Could not extract /a.zip - a: Write failed: No space left on device"},
+      {{.output = "", .status = 1}, "Error: Could not extract /a.zip - it could not be unpacked to its end"},
+      {{.output = "", .timedOut = true}, "Error: Could not extract /a.zip - it could not be unpacked to its end"},
+  };
+  mac.processes.onPrefix("/usr/bin/tar --numeric-owner", {});
+  for (const auto& c : cases) mac.processes.onPrefix("/usr/bin/tar -xf", c.answer);
+  for (const auto& c : cases) {
+    extractArchive(vorlu, "/a.zip");
+    EXPECT_EQ(messages().back(), c.line);
+  }
+}
+
+TEST(ArchiveListing, ReadsNamesBehindTheirColumns) {
+  const struct {
+    const char* line;
+    bool refused;
+  } cases[] = {
+      {"-rw-r--r--  0 501    20          1 Jan  1  1980 a b  c/..x", false},
+      {"-rw-r--r--  0 501    20  123456789012 Jan  1 12:00 ..", true},
+      {"lrwxr-xr-x  0 0      0           0 Jan  1  1980 A.framework/Resources -> Versions/Current/Resources", false},
+      {"lrwxr-xr-x  0 0      0           0 Jan  1  1980 A/B/l -> ../../x", false},
+      {"lrwxr-xr-x  0 0      0           0 Jan  1  1980 A/B/l -> ../../../x", true},
+      {"crw-r--r--  0 0      0         3,2 Jan  1  1980 null", true},
+      {"-rwSr--r--  0 0      0           1 Jan  1  1980 s", true},
+      {"", true},
+  };
+  for (const auto& c : cases) EXPECT_EQ(refusalOfMember(c.line).has_value(), c.refused) << c.line;
+}
+
+}  // namespace
+}  // namespace vorlu::test

@@ -1,0 +1,75 @@
+#include "vorlu/install/copy_list.h"
+
+#include <fmt/format.h>
+
+#include "vorlu/install/archive.h"
+#include "vorlu/install/find_item.h"
+#include "vorlu/install/source_marker.h"
+#include "vorlu/vorlu.h"
+
+namespace vorlu {
+namespace {
+
+std::string lastComponent(std::string_view path) {
+  while (path.ends_with('/')) path.remove_suffix(1);
+  return std::string(path.substr(path.rfind('/') + 1));
+}
+
+/// Path of an item below `root`, empty when it isn't there.
+std::string findSourceItem(Vorlu& vorlu, const std::string& root, const std::string& item) {
+  if (item.empty()) return {};
+  if (hasMarker(item, regexMarker)) return findItem(vorlu, root, item);
+  if (!leavesFolder(item) && vorlu.platform.files.exists(fmt::format("{}/{}", root, item))) return item;
+  return findItem(vorlu, root, item);
+}
+
+/// A single plain file with a suffix is no bundle and bears no signature of its own.
+bool hasNoSignature(Vorlu& vorlu, const std::string& path) {
+  if (vorlu.currentApp.sourceItems.size() != 1 || lastComponent(path).find('.') == std::string::npos) return false;
+  const auto info = vorlu.platform.files.info(path);
+  return info && info->kind == FileKind::regular;
+}
+
+bool isSignedAsExpected(InstallJob& job, const std::string& path) {
+  Vorlu& vorlu = job.vorlu;
+  vorlu.log(fmt::format("Downloaded installer hash: {}", expectedInstallerHash(vorlu)));
+  vorlu.log("The installer hash matches the expected sha256 hash. Continuing...");
+  vorlu.log("Verifying signing information...");
+  return hasNoSignature(vorlu, path) || matchesExpectedSignature(vorlu, readCodeSignature(vorlu, path));
+}
+
+/// Verifies one item of the list; nothing when it is what the catalog means. The hash is the whole download's, so it is
+/// checked with the first item.
+std::optional<InstallFailure> verifyItem(InstallJob& job, const std::string& path, bool first) {
+  if (job.vorlu.currentApp.verifySignature) {
+    if (!isSignedAsExpected(job, path)) return InstallFailure::signature;
+  } else if (first) {
+    job.hash = verifyInstallerHash(job.vorlu, job.filePath, job.digest);
+    if (!job.hash.matches()) return InstallFailure::hash;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::string copyNameFor(const CurrentApp& app, std::size_t count, const std::string& item, const std::string& found) {
+  const bool namedByCatalog = !hasMarker(item, regexMarker) && !hasMarker(item, installerAppMarker);
+  if (count > 1 || (!namedByCatalog && app.destinationName.empty())) return lastComponent(found);
+  return app.destinationName.empty() ? lastComponent(app.appPath) : app.destinationName;
+}
+
+std::variant<std::vector<AppCopyArr>, InstallFailure> buildCopyList(InstallJob& job, const std::string& root) {
+  const CurrentApp& app = job.vorlu.currentApp;
+  if (app.sourceItems.empty()) return InstallFailure::sourceItem;
+  std::vector<AppCopyArr> list;
+  for (const std::string& item : app.sourceItems) {
+    const std::string found = findSourceItem(job.vorlu, root, withoutMarker(item, installerAppMarker));
+    if (found.empty()) return InstallFailure::sourceItem;
+    const std::string path = fmt::format("{}/{}", root, found);
+    if (const auto failure = verifyItem(job, path, list.empty())) return *failure;
+    list.push_back({path, copyNameFor(app, app.sourceItems.size(), item, found)});
+  }
+  return list;
+}
+
+}  // namespace vorlu

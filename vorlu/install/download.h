@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "vorlu/install/verification.h"
+
+namespace vorlu {
+
+struct Vorlu;
+
+/// One attempt to bring the selected app's installer into the cache under `fileName`; the outcome also stands in
+/// `downloadFinished` and `downloadFailed`. Gives the digest that was taken while the bytes arrived. A first attempt
+/// (`isRetry` false) that finds a file there removes it and is over.
+std::optional<FileDigest> downloadInstaller(Vorlu& vorlu, bool isRetry, const std::string& appName,
+                                            const std::string& fileName, const std::string& operationLabel);
+
+/// One transfer.
+struct Transfer {
+  std::string url;
+  std::string destination;
+  std::string headerKey;  ///< the header is sent when key and value are both there
+  std::string headerValue;
+};
+std::optional<FileDigest> downloadFile(Vorlu& vorlu, bool isRetry, const Transfer& transfer);
+
+}  // namespace vorlu

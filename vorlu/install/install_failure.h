@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "vorlu/install/install_job.h"
+
+namespace vorlu {
+
+/// The ways in which an install fails, in the order of the stages.
+enum class InstallFailure {
+  notInCatalog,
+  notInstallable,
+  noSiliconURL,
+  noIntelURL,
+  noUniversalURL,
+  diskSpace,
+  minimumOS,
+  maximumOS,
+  download,
+  unknownType,
+  signature,
+  hash,
+  sourceItem,
+};
+
+/// What a failed stage leaves to be removed.
+enum class CleanUp { none, removeDownloads };
+
+struct FailureLine {
+  const char* text;  ///< with placeholders by name, as in the other texts of the row
+  bool quiet = false;
+};
+
+struct FailureRow {
+  std::vector<FailureLine> lines;
+  const char* cancelText;  ///< tells the user of an install window why it was cancelled
+  CleanUp cleanUp;
+};
+
+const FailureRow& failureRow(InstallFailure failure);
+
+/// Ends the pipeline for this app: logs, cleans up, lets the Mac sleep, and marks the app as failed.
+InstallOutcome fail(InstallJob& job, InstallFailure failure);
+
+/// Marks the app as failed in the values that flows read.
+void recordInstallFailure(InstallJob& job);
+
+}  // namespace vorlu

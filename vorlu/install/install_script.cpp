@@ -1,0 +1,47 @@
+#include "vorlu/install/install_script.h"
+
+#include "vorlu/detection/catalog_script.h"
+#include "vorlu/install/line_reader.h"
+#include "vorlu/install/tool.h"
+#include "vorlu/vorlu.h"
+
+namespace vorlu {
+
+std::string withoutLineSemicolons(std::string_view script) {
+  std::string result;
+  while (!script.empty()) {
+    const std::size_t end = script.find('\n');
+    std::string_view line = script.substr(0, end);
+    script.remove_prefix(std::min(script.size(), line.size() + 1));
+    line = line.substr(0, line.find_last_not_of(" \t\r") + 1);
+    if (line.ends_with(';') && !line.ends_with(";;")) line.remove_suffix(1);
+    result.append(line);
+    if (end != std::string_view::npos) result += '\n';
+  }
+  return result;
+}
+
+std::string repairedCaseEnds(std::string_view joined) {
+  std::string result;
+  int run = 0;
+  for (const char c : joined) {
+    run = c == ';' ? run + 1 : 0;
+    if (run <= 2) result += c;
+  }
+  return result;
+}
+
+void runInstallScript(Vorlu& vorlu, const std::string& script) {
+  const PreparedScript prepared = prepareScript(withoutLineSemicolons(script));
+  LineReader lines([&](std::string_view line) {
+    if (const std::string text = trimmed(line); !text.empty()) vorlu.log(text);
+  });
+  Command command;
+  command.program = prepared.interpreter;
+  command.arguments = {"-c", repairedCaseEnds(prepared.text)};
+  command.onOutput = [&](std::string_view piece) { lines.feed(piece); };
+  runTool(vorlu.platform.processes, vorlu.log, command);
+  lines.finish();
+}
+
+}  // namespace vorlu

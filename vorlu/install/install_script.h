@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vorlu {
+
+struct Vorlu;
+
+/// Runs a catalog's script around an install and logs each line of its output as it comes. Neither its status nor a
+/// script that never ends, which is killed after 30 minutes, stops the install.
+void runInstallScript(Vorlu& vorlu, const std::string& script);
+
+/// The script without the blanks and the semicolon that end a line, since lines are joined with semicolons.
+std::string withoutLineSemicolons(std::string_view script);
+/// Joined commands with the ends of case branches as they were before lines were joined.
+std::string repairedCaseEnds(std::string_view joined);
+
+}  // namespace vorlu

@@ -1,0 +1,133 @@
+#include "vorlu/install/placement.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "vorlu/install/staging.h"
+#include "vorlu/state/run_type.h"
+#include "vorlu/vorlu.h"
+
+namespace vorlu {
+namespace {
+
+/// Where an item goes.
+struct Target {
+  std::string directory;
+  std::string name;
+  std::string path() const { return directory + "/" + name; }
+};
+
+std::vector<std::string> componentsOf(std::string_view path) {
+  std::vector<std::string> components;
+  while (!path.empty()) {
+    const std::string_view part = path.substr(0, path.find('/'));
+    path.remove_prefix(std::min(path.size(), part.size() + 1));
+    if (!part.empty() && part != ".") components.emplace_back(part);
+  }
+  return components;
+}
+
+Result<Target> targetOf(const std::string& destinationPath, const AppCopyArr& item) {
+  if (!destinationPath.starts_with('/')) return Failure{"no destination path"};
+  const std::string name = item.appCopyName.empty() ? componentsOf(item.itemPath).back() : item.appCopyName;
+  const std::string wanted = destinationPath + "/" + name;
+  const std::vector<std::string> components = componentsOf(wanted);
+  if (std::find(components.begin(), components.end(), "..") != components.end())
+    return Failure{fmt::format("{} leads out of its folder", wanted)};
+  if (components.size() < 2) return Failure{fmt::format("{} is a top-level folder", wanted)};
+  Target target;
+  target.name = components.back();
+  for (auto part = components.begin(); part + 1 != components.end(); ++part) target.directory += "/" + *part;
+  return target;
+}
+
+/// Whether another item of the list lies inside this one or around it, so that both need it where it is.
+bool isShared(const std::vector<AppCopyArr>& items, const AppCopyArr& item) {
+  return std::any_of(items.begin(), items.end(), [&](const AppCopyArr& other) {
+    return &other != &item && ((other.itemPath + "/").starts_with(item.itemPath + "/") ||
+                               (item.itemPath + "/").starts_with(other.itemPath + "/"));
+  });
+}
+
+void givePermissions(Vorlu& vorlu, const std::string& path, const std::string& shownPath) {
+  const CurrentApp& app = vorlu.currentApp;
+  if (!app.setPermissions) return;
+  const Status given = setItemPermissions(vorlu.platform.files, path, modeFromDigits(app.mode), app.owner, app.group);
+  if (!given) vorlu.log(fmt::format("Error: Could not set the permissions of {} - {}", shownPath, given.error()));
+}
+
+/// Puts the finished item into the target's place. Old and new are exchanged in one step; on a volume that can't do
+/// that the old one steps aside, from where the next run takes it back if this one dies.
+Status takePlace(FileManager& files, Staging& staging, const Target& target) {
+  const std::string fresh = staging.freshPath(target.name);
+  if (!files.info(target.path())) return files.move(fresh, target.path());
+  if (files.exchange(fresh, target.path())) return success();
+  if (Status aside = staging.stepAside(target.name); !aside) return aside;
+  return files.move(fresh, target.path());
+}
+
+Status copyItem(Vorlu& vorlu, const AppCopyArr& item, const Target& target, bool mayMove) {
+  FileManager& files = vorlu.platform.files;
+  if (Status made = files.createDirectory(target.directory, {0755, "root", "wheel"}); !made) return made;
+  if (item.appCopyName.empty() && files.info(target.path()))
+    return Failure{fmt::format("{} exists already", target.path())};
+  Staging staging(files, target.directory);
+  if (Status opened = staging.open(); !opened) return opened;
+  const std::string fresh = staging.freshPath(target.name);
+  if (Status brought = mayMove ? files.move(item.itemPath, fresh) : files.copyTree(item.itemPath, fresh); !brought)
+    return brought;
+  givePermissions(vorlu, fresh, target.path());
+  if (Status synced = staging.sync(); !synced) return synced;
+  return takePlace(files, staging, target);
+}
+
+}  // namespace
+
+std::optional<mode_t> modeFromDigits(std::int64_t digits) {
+  if (digits <= 0 || digits > 7777) return std::nullopt;
+  mode_t mode = 0;
+  for (int shift = 0; digits > 0; digits /= 10, shift += 3) {
+    if (digits % 10 > 7) return std::nullopt;
+    mode |= static_cast<mode_t>(digits % 10) << shift;
+  }
+  return mode;
+}
+
+Status setItemPermissions(FileManager& files, const std::string& path, std::optional<mode_t> mode,
+                          const std::string& owner, const std::string& group) {
+  const auto info = files.info(path);
+  if (!info) return Failure{fmt::format("{}: no such item", path)};
+  Status result = success();
+  const auto note = [&result](Status status) {
+    if (result && !status) result = std::move(status);
+  };
+  if (info->kind == FileKind::directory) {
+    const auto entries = files.list(path);
+    if (!entries) return entries.failure();
+    for (const std::string& entry : *entries)
+      note(setItemPermissions(files, fmt::format("{}/{}", path, entry), mode, owner, group));
+  }
+  note(files.setOwnership(path, info->kind == FileKind::link ? std::nullopt : mode, owner, group));
+  return result;
+}
+
+void placeItems(Vorlu& vorlu, const std::vector<AppCopyArr>& items, bool mayMove) {
+  for (const AppCopyArr& item : items) {
+    const auto target = targetOf(vorlu.currentApp.destinationPath, item);
+    const Status placed =
+        target ? copyItem(vorlu, item, *target, mayMove && !isShared(items, item)) : Status(target.failure());
+    if (!placed) vorlu.log(fmt::format("Error: Could not copy {} - {}", item.itemPath, placed.error()));
+  }
+}
+
+void recoverPlacement(Vorlu& vorlu) {
+  FileManager& files = vorlu.platform.files;
+  const std::string directory = Staging::interrupted(files);
+  if (directory.empty() || !isAlone(vorlu)) return;
+  vorlu.log(fmt::format("Clearing an unfinished installation in {}", directory), silent);
+  if (const Status settled = Staging(files, directory).settle(); !settled)
+    vorlu.log(fmt::format("Error: Could not clear an unfinished installation in {} - {}", directory, settled.error()));
+}
+
+}  // namespace vorlu

@@ -1,0 +1,115 @@
+#include "vorlu/install/running_apps.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "vorlu/detection/catalog_script.h"
+#include "vorlu/detection/installed_version.h"
+#include "vorlu/detection/placeholders.h"
+#include "vorlu/install/shell_line.h"
+#include "vorlu/install/tool.h"
+#include "vorlu/vorlu.h"
+
+namespace vorlu {
+namespace {
+
+/// The macOS release on which the list of running applications can't be relied on.
+constexpr std::string_view releaseWithoutApplicationList = "13.0.0";
+
+bool isAppBundle(const Vorlu& vorlu) {
+  return vorlu.currentApp.appType == "appBundle";
+}
+
+/// The first of `names` that runs.
+std::optional<std::string> firstRunning(Vorlu& vorlu, const std::vector<std::string>& names) {
+  const auto found = std::find_if(names.begin(), names.end(),
+                                  [&](const std::string& name) { return !trimmed(findProcess(vorlu, name)).empty(); });
+  return found == names.end() ? std::nullopt : std::optional(*found);
+}
+
+void runShell(Vorlu& vorlu, std::string line) {
+  runTool(vorlu.platform.processes, vorlu.log, shellCommand(std::move(line)));
+}
+
+/// Opens something in the session of the console user.
+void openAsConsoleUser(Vorlu& vorlu, std::string_view option, const std::string& item) {
+  const std::string open = fmt::format("open {}\"{}\"", option, insideDoubleQuotes(item));
+  runShell(vorlu, fmt::format("su {} -c '{}'", shellWord(consoleUserName(vorlu)), insideSingleQuotes(open)));
+}
+
+}  // namespace
+
+void listAppBinaries(Vorlu& vorlu, const std::string& appPath) {
+  std::vector<std::string>& binaries = vorlu.progress.appBinaries;
+  const std::vector<std::string>& blocking = vorlu.currentApp.blockingApps;
+  binaries.insert(binaries.end(), blocking.begin(), blocking.end());
+  if (!blocking.empty() || !isAppBundle(vorlu)) return;
+
+  const std::string folder = appPath + "/Contents/MacOS";
+  if (!vorlu.platform.files.exists(folder)) {
+    vorlu.log(
+        fmt::format("Error: The App binary path was not found at path {} when attempting to list binaries", folder));
+    return;
+  }
+  const auto entries = vorlu.platform.files.list(folder);
+  if (!entries) {
+    vorlu.log(fmt::format("Error listing App Bundle binary folder: {}", entries.error()));
+    return;
+  }
+  for (const std::string& entry : *entries) {
+    const bool library = entry.find(".dylib") != std::string::npos && entry.find(".app") != std::string::npos;
+    if (!library) binaries.push_back(entry);
+  }
+}
+
+std::string findProcess(Vorlu& vorlu, const std::string& name) {
+  Command command;
+  command.program = "/usr/bin/pgrep";
+  command.arguments = {"-x", name};
+  return runTool(vorlu.platform.processes, vorlu.log, command).output;
+}
+
+bool isAppRunning(Vorlu& vorlu, const std::string& bundleIdentifier, const std::string& appName) {
+  InstallProgress& progress = vorlu.progress;
+  progress.foundProcess.clear();
+  if (vorlu.platform.device.osVersion() == releaseWithoutApplicationList) {
+    const auto& names = progress.processWatchList.empty() ? progress.appBinaries : progress.processWatchList;
+    if (names.empty())
+      vorlu.log(fmt::format("Error: The App binary array was empty when attempting to force quit {}", appName));
+    return firstRunning(vorlu, names).has_value();
+  }
+  if (progress.processWatchList.empty()) return vorlu.platform.applications.isRunning(bundleIdentifier);
+  const auto found = firstRunning(vorlu, progress.processWatchList);
+  progress.foundProcess = found.value_or("");
+  return found.has_value();
+}
+
+bool isSelectedAppRunning(Vorlu& vorlu, const std::string& installedPath, const std::string& appName) {
+  InstallProgress& progress = vorlu.progress;
+  progress.appBinaries.clear();
+  progress.processWatchList.clear();
+  listAppBinaries(vorlu, installedPath);
+  if (isAppBundle(vorlu)) return isAppRunning(vorlu, readBundleIdentifier(vorlu, installedPath), appName);
+
+  if (vorlu.currentApp.blockingApps.empty()) return false;
+  progress.processWatchList = vorlu.currentApp.blockingApps;
+  const bool running = isAppRunning(vorlu, "Unknown", appName);
+  progress.processWatchList.clear();
+  return running;
+}
+
+void relaunchApp(Vorlu& vorlu) {
+  const std::string& path = vorlu.currentApp.installedPath;
+  vorlu.progress.appBinaries.clear();
+  listAppBinaries(vorlu, path);
+  const std::vector<std::string>& binaries = vorlu.progress.appBinaries;
+  for (const std::string& binary : binaries) runShell(vorlu, fmt::format("killall {}", shellWord(binary)));
+  if (isAppBundle(vorlu)) {
+    openAsConsoleUser(vorlu, "-a ", path);
+    return;
+  }
+  for (const std::string& binary : binaries) openAsConsoleUser(vorlu, "", binary);
+}
+
+}  // namespace vorlu
