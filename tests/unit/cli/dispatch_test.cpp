@@ -118,14 +118,22 @@ TEST(CommandOption, TokensAreExact) {
     const char* token;
     CommandOption option;
   } cases[] = {
-      {"h", CommandOption::help},        {"-help", CommandOption::unknown},
-      {"i", CommandOption::install},     {"-install", CommandOption::install},
-      {"ip", CommandOption::installProgress}, {"-installprogress", CommandOption::unknown},
-      {"it", CommandOption::installTest}, {"-update", CommandOption::update},
-      {"ut", CommandOption::updateTest}, {"-check", CommandOption::check},
-      {"-report", CommandOption::report}, {"-init", CommandOption::initialise},
-      {"init", CommandOption::unknown},  {"dk", CommandOption::deleteKeys},
-      {"-version", CommandOption::version}, {"", CommandOption::unknown},
+      {"h", CommandOption::help},
+      {"-help", CommandOption::unknown},
+      {"i", CommandOption::install},
+      {"-install", CommandOption::install},
+      {"ip", CommandOption::installProgress},
+      {"-installprogress", CommandOption::unknown},
+      {"it", CommandOption::installTest},
+      {"-update", CommandOption::update},
+      {"ut", CommandOption::updateTest},
+      {"-check", CommandOption::check},
+      {"-report", CommandOption::report},
+      {"-init", CommandOption::initialise},
+      {"init", CommandOption::unknown},
+      {"dk", CommandOption::deleteKeys},
+      {"-version", CommandOption::version},
+      {"", CommandOption::unknown},
       {"U", CommandOption::unknown},
   };
   for (const auto& [token, option] : cases) EXPECT_EQ(optionForToken(token), option) << token;

@@ -107,7 +107,7 @@ TEST_F(RunDataTest, WritesTheKeysOfEachSelector) {
 TEST_F(RunDataTest, SpreadsTheNextAttemptOver17Minutes) {
   store({});
   std::set<std::int64_t> seen;
-  for (int attempt = 0; attempt < 200; ++attempt) {
+  for (int attempt = 0; attempt < 60; ++attempt) {
     updateRunData(vorlu, Selector::nextUpdateAttempt);
     const std::int64_t wait = *stored().NextUpdateAttempt - start;
     EXPECT_TRUE(wait >= 3780 && wait <= 4800 && wait % 60 == 0) << wait;
@@ -165,7 +165,7 @@ TEST_F(RunDataTest, EndsWhenStateCannotBeMade) {
   EXPECT_EQ(statusOf([this] { updateRunData(vorlu, Selector::lastReport); }), 1);
   EXPECT_THAT(shown(), testing::Contains("Error: The run directory could not be created. Please contact "
                                          "support@example.com for assistance"));
-  EXPECT_EQ(shown().back(), "Exiting...");
+  EXPECT_THAT(shown(), testing::Contains("Exiting..."));
 }
 
 struct RunTypeTest : RunDataTest {

@@ -1,0 +1,294 @@
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <random>
+#include <sstream>
+
+#include "refserver/sample_data.h"
+#include "refserver/server.h"
+#include "seal/keys.h"
+#include "seal/site_file.h"
+#include "tests/e2e/simulated_mac.h"
+#include "tests/support/temporary_folder.h"
+#include "vorlu/server/blueprint.h"
+#include "vorlu/state/json.h"
+#include "vorlu/state/paths.h"
+#include "vorlu/state/property_list.h"
+#include "vorlu/state/run_data.h"
+
+namespace vorlu::e2e {
+namespace {
+
+namespace fs = std::filesystem;
+using test::readFile;
+using test::TemporaryFolder;
+
+/// The reference server at the address that this build's agent knows.
+class Server {
+ public:
+  Server() {
+    const std::string base = "http://127.0.0.1:8642";
+    EXPECT_TRUE(refserver::makeSampleData(folder_.path(), base).ok());
+    refserver::ServerConfig config{folder_.path(), *seal::readSiteFile(VORLU_SITE_FILE),
+                                   std::move(*seal::readServerKeys(VORLU_SITE_KEYS))};
+    config.port = 8642;
+    server_.emplace(std::move(config));
+    const auto port = server_->start();
+    EXPECT_TRUE(port.ok()) << (port.ok() ? "" : port.error());
+  }
+
+  /// Puts an archive of an app on the server and returns its hash.
+  std::string offer(const std::string& name, const std::string& version, const std::string& identifier,
+                    int extraFiles = 0) {
+    TemporaryFolder shelf;
+    const Outcome made =
+        runOnMachine({sourceFile("simulator/make-app"), name, version, identifier, "--out", shelf.path()});
+    EXPECT_EQ(made.status, 0) << made.output;
+    for (int file = 0; file < extraFiles; ++file) {
+      std::ofstream(fmt::format("{}/{}.app/Contents/Resources/{}", shelf.path(), name, file))
+          << version << std::string(20000, 'x');
+    }
+    const Outcome packed = runOnMachine({sourceFile("simulator/make-installer"), "zip",
+                                         fmt::format("{}/files/{}-{}.zip", folder_.path(), name, version),
+                                         fmt::format("{}/{}.app", shelf.path(), name)});
+    EXPECT_EQ(packed.status, 0) << packed.output;
+    return packed.output.substr(packed.output.find_first_of("0123456789abcdef"), 64);
+  }
+
+  void setCatalog(const std::vector<AppBlueprints>& entries) {
+    std::ofstream(folder_ / "/catalog.json") << encodeJson(entries, JsonLayout::pretty);
+  }
+
+ private:
+  TemporaryFolder folder_;
+  std::optional<refserver::Server> server_;
+};
+
+/// An entry of a zip app; an empty hash asks for the developer's signature.
+AppBlueprints entry(const std::string& name, const std::string& latest, const std::string& hash) {
+  AppBlueprints app;
+  app.appName = name;
+  app.appIdentifier = name + "-id";
+  app.serverName = name + "-server";
+  app.legacyServerName = name + "-legacy";
+  app.latestVersion = latest;
+  app.latestVersionMethod = "CFBundleShortVersionString";
+  app.appType = "appBundle";
+  app.architecture = "universal";
+  app.universalDownloadURL = fmt::format("http://127.0.0.1:8642/files/{}-{}.zip", name, latest);
+  app.downloadFileType = "zip";
+  app.appPath = fmt::format("/Applications/{}.app", name);
+  app.sourceItems = {name + ".app"};
+  app.destinationPath = "/Applications";
+  if (hash.empty()) {
+    app.expectedCodeSignature = "Example Corp (EXMPL12345)";
+  } else {
+    app.verifySignature = false;
+    app.universalInstallerHash = hash;
+  }
+  return app;
+}
+
+struct UpdateCheck : SimulatedMacTest {
+  static std::string versionOf(const SimulatedMac& mac, const std::string& app) {
+    const std::string info = mac.read(fmt::format("/Applications/{}.app/Contents/Info.plist", app));
+    const std::size_t key = info.find("CFBundleShortVersionString");
+    const std::size_t start = info.find("<string>", key) + 8;
+    return key == std::string::npos ? "none" : info.substr(start, info.find('<', start) - start);
+  }
+  static std::vector<std::string> cached(const SimulatedMac& mac) {
+    std::vector<std::string> names;
+    for (const auto& item : fs::directory_iterator(mac.path(paths::downloads))) names.push_back(item.path().filename());
+    return names;
+  }
+  /// Messages of the log, without date, serial number and process id.
+  static std::vector<std::string> messages(const SimulatedMac& mac) {
+    std::vector<std::string> lines;
+    std::stringstream log(mac.read("/private/var/log/Vorlu.log"));
+    for (std::string line; std::getline(log, line);) lines.push_back(line.substr(line.find("]: ") + 3));
+    return lines;
+  }
+};
+
+TEST_F(UpdateCheck, UpdatesWhatIsDueAndLeavesTheRest) {
+  Server server;
+  SimulatedMac mac;
+  const char* names[] = {"Slides", "Notes Pro", "Draw", "Mailbox", "Chess"};
+  for (const char* name : names)
+    mac.addApplication(name, std::string(name) == "Mailbox" ? "2.0" : "1.0", fmt::format("com.example.{}", name[0]));
+  std::vector<AppBlueprints> catalog;
+  for (const char* name : names) {
+    const std::string hash = server.offer(name, "2.0", fmt::format("com.example.{}", name[0]));
+    catalog.push_back(entry(name, "2.0", std::string(name) == "Slides" ? "" : hash));
+  }
+  catalog[2].universalInstallerHash = std::string(64, '0');
+  server.setCatalog(catalog);
+  mac.write("/Library/Managed Preferences/com.mosk.vorlu.preferences.plist",
+            "<plist version=\"1.0\"><dict><key>GeneralOptions</key><dict><key>excludedAppUpdates</key><array><string>"
+            "Chess-id</string></array></dict></dict></plist>");
+  mac.boot();
+  ASSERT_EQ(mac.run({"/usr/bin/open", "-a", "/Applications/Notes Pro.app"}).status, 0);
+
+  const Outcome first = mac.run({"/usr/local/bin/vorlu", "--update", "check"});
+  EXPECT_EQ(first.status, 0) << first.output;
+  const std::map<std::string, std::string> expected = {
+      {"Slides", "2.0"}, {"Notes Pro", "1.0"}, {"Draw", "1.0"}, {"Mailbox", "2.0"}, {"Chess", "1.0"}};
+  for (const auto& [app, version] : expected) EXPECT_EQ(versionOf(mac, app), version) << app;
+  EXPECT_EQ(cached(mac), std::vector<std::string>{"NotesPro-v2.0.zip"});
+  EXPECT_TRUE(fs::is_empty(mac.path(paths::output)));
+
+  const std::size_t before = messages(mac).size();
+  const Outcome second = mac.run({"/usr/local/bin/vorlu", "--update", "check"});
+  EXPECT_EQ(second.status, 0) << second.output;
+  const std::vector<std::string> all = messages(mac);
+  const std::vector<std::string> log(all.begin() + static_cast<std::ptrdiff_t>(before), all.end());
+  EXPECT_THAT(log, testing::Contains("Updates required: Notes Pro v2.0, Draw v2.0."));
+  EXPECT_THAT(log, testing::Contains("Notes Pro update found in the local download cache. Skipping download"));
+  EXPECT_THAT(log, testing::Not(testing::Contains(testing::HasSubstr("Slides"))));
+  EXPECT_THAT(log, testing::Not(testing::Contains(testing::HasSubstr("Chess"))));
+  EXPECT_EQ(log.back(), "Exiting...");
+  for (const std::string& call : mac.toolCalls()) EXPECT_EQ(call.find("installer"), std::string::npos) << call;
+}
+
+TEST_F(UpdateCheck, CommandLineAsAnotherUserAndAsRoot) {
+  Server server;
+  server.setCatalog({entry("Slides", "2.0", "")});
+  SimulatedMac mac;
+  mac.boot();
+  const std::string denied = "Error: Permission denied.\nVorlu must be run as root to perform App updates.\n";
+  const std::string found = "Slides was found in the Vorlu catalog.\n";
+  const struct {
+    std::string line;
+    std::string user;
+    int status;
+    std::string shown;  // how the output ends
+  } cases[] = {
+      {"vorlu", "alice", 0, "For support contact support@example.com\n\n"},
+      {"vorlu -v", "alice", 0, "Vorlu Version: 1.4.0\n"},
+      {"vorlu -u", "alice", 1, "For support contact support@example.com\n\n"},
+      {"vorlu -u check", "alice", 0, denied},
+      {"vorlu -c Slides-id", "alice", 1,
+       "Error: No Application data was found. Unable to continue. For support please contact support@example.com\n"},
+      {"vorlu -dk", "alice", 0, "Error: Permission denied.\nVorlu must be run as root\n"},
+      {"vorlu -c Slides-id", "root", 0, found},
+      {"vorlu -c Slides-legacy", "root", 0,
+       "Slides was found in the Vorlu catalog, but is the legacy App installation format. The current format is "
+       "Slides-id\n"},
+      {"vorlu -c bogus", "root", 0,
+       "Error: An App with the identifier \"bogus\" was not found in the Vorlu App catalog.\nFor valid App "
+       "identifiers, "
+       "please refer to the App catalog\n"},
+      {"vorlu -dk", "root", 0, "Exiting...\n"},
+  };
+  for (const auto& [line, user, status, shown] : cases) {
+    const Outcome outcome = mac.shell(line, user);
+    EXPECT_EQ(outcome.status, status) << user << ": " << line << "\n" << outcome.output;
+    EXPECT_THAT(outcome.output, testing::EndsWith(shown)) << user << ": " << line;
+    if (user == "alice") {
+      EXPECT_FALSE(fs::exists(mac.path("/private/var/log/Vorlu.log"))) << line;
+    }
+  }
+}
+
+/// The version that every part of a bundle has, or what is mixed.
+std::string wholeVersion(const std::string& bundle) {
+  const std::string info = readFile(bundle + "/Contents/Info.plist");
+  const std::string version = info.find(">2.0<") != std::string::npos   ? "2.0"
+                              : info.find(">1.0<") != std::string::npos ? "1.0"
+                                                                        : "none";
+  for (int file = 0; file < 200; ++file) {
+    const std::string text = readFile(fmt::format("{}/Contents/Resources/{}", bundle, file));
+    if (text.size() != 20003 || !text.starts_with(version)) return "mixed at " + std::to_string(file);
+  }
+  return version;
+}
+
+TEST_F(UpdateCheck, LosesNothingWhenKilledAtAnyMoment) {
+  Server server;
+  server.setCatalog({entry("Slides", "2.0", server.offer("Slides", "2.0", "com.example.slides", 200))});
+  SimulatedMac mac;
+  mac.addApplication("Slides", "1.0", "com.example.slides");
+  const std::string bundle = mac.path("/Applications/Slides.app");
+  for (int file = 0; file < 200; ++file) {
+    std::ofstream(fmt::format("{}/Contents/Resources/{}", bundle, file)) << "1.0" << std::string(20000, 'x');
+  }
+  const std::string original = mac.path("/private/var/original.app");
+  fs::copy(bundle, original, fs::copy_options::recursive);
+  mac.boot();
+  const auto reset = [&] {
+    fs::remove_all(bundle);
+    fs::copy(original, bundle, fs::copy_options::recursive);
+  };
+
+  // one whole run tells how long the moments may lie apart
+  ASSERT_EQ(mac.shell("vorlu -u check").status, 0);
+  reset();
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_EQ(mac.shell("vorlu -u check").status, 0);
+  const double length = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  ASSERT_EQ(wholeVersion(bundle), "2.0");
+
+  std::mt19937 random(20260301);
+  std::uniform_real_distribution<double> moment(0, length);
+  for (int kill = 0; kill < 50; ++kill) {
+    reset();
+    const double after = moment(random);
+    mac.shell(
+        fmt::format("vorlu -u check >/dev/null & p=$!; /.linux/bin/sleep {:.4f}; kill -9 $p 2>/dev/null; wait", after));
+    const std::string when = fmt::format("killed after {:.4f} s", after);
+    const auto runData = decodePropertyList<RunDataFile>(readFile(mac.path(paths::runData)));
+    EXPECT_TRUE(runData.ok()) << when;
+    const auto copy = decodeJson<std::vector<AppBlueprints>>(readFile(mac.path(paths::offlineData)));
+    EXPECT_TRUE(copy.ok() && copy->size() == 1) << when;
+    EXPECT_THAT(wholeVersion(bundle), testing::AnyOf("1.0", "2.0")) << when;
+    if (kill % 10 != 9) continue;
+    EXPECT_EQ(mac.shell("vorlu -u check").status, 0) << when;
+    EXPECT_EQ(wholeVersion(bundle), "2.0") << when;
+    std::vector<std::string> left;
+    for (const auto& item : fs::directory_iterator(mac.path("/Applications"))) left.push_back(item.path().filename());
+    EXPECT_EQ(left, std::vector<std::string>{"Slides.app"}) << when;
+    EXPECT_TRUE(fs::is_empty(mac.path(paths::output))) << when;
+    EXPECT_TRUE(fs::is_empty(mac.path(paths::downloads))) << when;
+  }
+}
+
+/// Path and time of last change of everything below some folders of this machine.
+std::map<std::string, std::int64_t> snapshot() {
+  std::map<std::string, std::int64_t> items;
+  for (const char* root : {"/etc", "/usr/local", "/opt", "/var/tmp", "/srv"}) {
+    std::error_code error;
+    for (fs::recursive_directory_iterator item(root, fs::directory_options::skip_permission_denied, error), end;
+         item != end; item.increment(error)) {
+      if (error || items.size() > 20000) break;
+      items[item->path()] = fs::symlink_status(item->path()).type() == fs::file_type::symlink
+                                ? 0
+                                : fs::last_write_time(item->path(), error).time_since_epoch().count();
+    }
+  }
+  return items;
+}
+
+TEST_F(UpdateCheck, TouchesNothingOutsideTheMac) {
+  Server server;
+  server.setCatalog({entry("Slides", "2.0", server.offer("Slides", "2.0", "com.example.slides"))});
+  SimulatedMac mac;
+  mac.addApplication("Slides", "1.0", "com.example.slides");
+  mac.boot();
+  const auto before = snapshot();
+  EXPECT_EQ(mac.shell("vorlu -u check").status, 0);
+  EXPECT_EQ(versionOf(mac, "Slides"), "2.0");
+  EXPECT_EQ(snapshot(), before);
+  for (const char* path : {"/Library/Application Support/MOSK", "/var/log/Vorlu.log", "/Applications/Slides.app",
+                           "/private/var/log/system.log", "/usr/local/bin/vorlu-ui"}) {
+    EXPECT_FALSE(fs::exists(path)) << path;
+  }
+}
+
+}  // namespace
+}  // namespace vorlu::e2e

@@ -1,0 +1,297 @@
+#include "vorlu/platform/linux/linux_file_manager.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "tests/support/temporary_folder.h"
+#include "vorlu/platform/linux/linux_host.h"
+
+namespace vorlu::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+const Ownership plain{0640, "", ""};
+
+/// The disk is full beyond `bytes` a file while this lives.
+class SmallDisk {
+ public:
+  explicit SmallDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit small{bytes, before_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+  }
+  SmallDisk(const SmallDisk&) = delete;
+  SmallDisk& operator=(const SmallDisk&) = delete;
+  ~SmallDisk() {
+    ::setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+
+ private:
+  rlimit before_{};
+  void (*handler_)(int);
+};
+
+class FileManagerTest : public testing::Test {
+ protected:
+  std::vector<std::string> names(const std::string& path = "/") {
+    auto listed = files_.list(path);
+    return listed ? *listed : std::vector{listed.error()};
+  }
+  struct stat statOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::lstat((root_ / path).c_str(), &status), 0) << path;
+    return status;
+  }
+  void link(const std::string& target, const std::string& path) {
+    ASSERT_EQ(::symlink(target.c_str(), (root_ / path).c_str()), 0);
+  }
+  void pipe(const std::string& path) { ASSERT_EQ(::mkfifo((root_ / path).c_str(), 0644), 0); }
+
+  TemporaryFolder root_;
+  LinuxHost host_{RootFolder(root_.path())};
+  LinuxFileManager files_{RootFolder(root_.path()), host_};
+};
+
+TEST_F(FileManagerTest, OnlyRegularFilesAreOpened) {
+  writeFile(root_ / "/secret", "secret");
+  link("secret", "/link");
+  pipe("/pipe");
+  const int reader = ::open((root_ / "/pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  for (const auto& [path, error] : std::vector<std::pair<std::string, int>>{
+           {"/link", ELOOP}, {"/pipe", EINVAL}, {"/", EISDIR}, {"/none", ENOENT}, {"/secret/below", ENOTDIR}}) {
+    const auto text = files_.read(path);
+    ASSERT_FALSE(text) << path;
+    EXPECT_EQ(text.failure().code, error) << path;
+    EXPECT_THAT(text.error(), StartsWith(path + ": "));
+    EXPECT_FALSE(files_.sha256(path)) << path;
+    EXPECT_TRUE(path == "/none" || !files_.append(path, "x", plain)) << path;
+  }
+  ::close(reader);
+  EXPECT_EQ(readFile(root_ / "/secret"), "secret");
+}
+
+TEST_F(FileManagerTest, ReadKeepsToTheCapAndLeavesSpareBytes) {
+  struct Case {
+    std::size_t size, cap;
+    bool fits;
+  };
+  for (const Case& c : {Case{0, 0, true}, {10, 10, true}, {11, 10, false}, {70, 100, true}, {300'000, 300'000, true}}) {
+    const std::string content(c.size, 'v');
+    writeFile(root_ / "/file", content);
+    const auto text = files_.read("/file", c.cap);
+    ASSERT_EQ(text.ok(), c.fits) << c.size;
+    if (!c.fits) {
+      EXPECT_EQ(text.failure().code, EFBIG);
+      continue;
+    }
+    EXPECT_EQ(*text, content);
+    EXPECT_GE(text->capacity(), c.size + 64);
+  }
+  // A file that announces no size still has bytes and still has a cap.
+  LinuxHost host{RootFolder()};
+  LinuxFileManager machine{RootFolder(), host};
+  EXPECT_THAT(*machine.read("/proc/self/status"), StartsWith("Name:"));
+  EXPECT_EQ(machine.read("/proc/self/status", 20).failure().code, EFBIG);
+}
+
+TEST_F(FileManagerTest, WriteReplacesWholeOrNotAtAll) {
+  writeFile(root_ / "/target", "old");
+  link("target", "/link");
+  const auto before = statOf("/target").st_ino;
+  ASSERT_TRUE(files_.writeAtomically("/target", "new", {0604, "root", "no-such-group"}));
+  EXPECT_EQ(readFile(root_ / "/target"), "new");
+  EXPECT_EQ(statOf("/target").st_mode & 07777, 0604u);
+  EXPECT_NE(statOf("/target").st_ino, before);
+
+  {
+    const SmallDisk disk(1000);
+    const auto status = files_.writeAtomically("/target", std::string(5000, 'x'), plain);
+    ASSERT_FALSE(status);
+    EXPECT_EQ(status.failure().code, EFBIG);
+  }
+  EXPECT_EQ(readFile(root_ / "/target"), "new");
+  EXPECT_FALSE(files_.writeAtomically("/none/file", "x", plain));
+  ASSERT_TRUE(files_.createDirectory("/folder", plain));
+  EXPECT_FALSE(files_.writeAtomically("/folder", "x", plain));
+  EXPECT_THAT(names(), ElementsAre("folder", "link", "target")) << "no temporary file stays";
+
+  ASSERT_TRUE(files_.writeAtomically("/link", "own", plain)) << "a link is replaced, not followed";
+  EXPECT_EQ(files_.info("/link")->kind, FileKind::regular);
+  EXPECT_EQ(readFile(root_ / "/target"), "new");
+}
+
+TEST_F(FileManagerTest, AppendMakesTheFileOnceWithItsMode) {
+  ASSERT_TRUE(files_.append("/log", "one\n", {0600, "", ""}));
+  ASSERT_EQ(::chmod((root_ / "/log").c_str(), 0644), 0);
+  ASSERT_TRUE(files_.append("/log", "two\n", {0600, "", ""}));
+  EXPECT_EQ(readFile(root_ / "/log"), "one\ntwo\n");
+  EXPECT_EQ(statOf("/log").st_mode & 0777, 0644u) << "only a new file gets the mode";
+}
+
+TEST_F(FileManagerTest, EnumerationOrderAndPackages) {
+  for (const char* path : {"/t/b.txt", "/t/a/z", "/t/A.app/Contents/x", "/t/c.PKG/inside", "/t/a/In.prefPane/x",
+                           "/t/flat.pkg", "/t/.hidden/file", "/t/.app/file"})
+    writeFile(root_ / path, "x");
+  link("a", "/t/link");
+  pipe("/t/pipe");
+  std::vector<std::string> lines;
+  auto items = files_.enumerate("/t");
+  for (const TreeItem& item : *items)
+    lines.push_back(item.relativePath + " " + "fdlo"[static_cast<int>(item.kind)] + (item.package ? " package" : ""));
+  EXPECT_THAT(lines, ElementsAre(".app d", ".app/file f", ".hidden d", ".hidden/file f", "A.app d package", "a d",
+                                 "a/In.prefPane d package", "a/z f", "b.txt f", "c.PKG d package", "flat.pkg f",
+                                 "link l", "pipe o"));
+  EXPECT_FALSE(files_.enumerate("/t/b.txt"));
+  EXPECT_FALSE(files_.enumerate("/none"));
+}
+
+TEST_F(FileManagerTest, DirectoriesAreMadeWithParents) {
+  ASSERT_TRUE(files_.createDirectory("/a/b/c/", {0700, "", ""}));
+  EXPECT_EQ(statOf("/a").st_mode & 0777, 0755u);
+  EXPECT_EQ(statOf("/a/b/c").st_mode & 0777, 0700u);
+  ASSERT_TRUE(files_.createDirectory("/a/b", {0711, "", ""}));
+  EXPECT_EQ(statOf("/a/b").st_mode & 0777, 0755u) << "an existing one is left";
+  writeFile(root_ / "/file", "x");
+  EXPECT_EQ(files_.createDirectory("/file", plain).failure().code, EEXIST);
+  EXPECT_EQ(files_.createDirectory("/file/x", plain).failure().code, EEXIST);
+}
+
+TEST_F(FileManagerTest, RemoveTakesTreesButNeverFollowsLinks) {
+  writeFile(root_ / "/keep/file", "x");
+  writeFile(root_ / "/tree/a/b/file", "x");
+  link("../keep", "/tree/link");
+  link("keep", "/alone");
+  ASSERT_TRUE(files_.remove("/tree/"));
+  ASSERT_TRUE(files_.remove("/alone"));
+  ASSERT_TRUE(files_.remove("/never/was"));
+  ASSERT_TRUE(files_.remove("/keep/file/below"));
+  EXPECT_FALSE(files_.remove("/"));
+  EXPECT_FALSE(files_.remove("/keep/.."));
+  EXPECT_THAT(names(), ElementsAre("keep"));
+  EXPECT_TRUE(files_.exists("/keep/file"));
+}
+
+TEST_F(FileManagerTest, CopyKeepsWhatAnApplicationNeeds) {
+  writeFile(root_ / "/a.app/Contents/MacOS/a", "program");
+  for (int i = 0; i < 40; ++i) writeFile(root_ / ("/a.app/Contents/Resources/" + std::to_string(i)), "r");
+  writeFile(root_ / "/a.app/big", std::string(3'000'000, 'b'));
+  link("Contents/MacOS/a", "/a.app/current");
+  link("/nowhere", "/a.app/dangling");
+  const std::string program = root_ / "/a.app/Contents/MacOS/a";
+  ASSERT_EQ(::chmod(program.c_str(), 04751), 0);
+  const bool attributes = ::setxattr(program.c_str(), "user.test", "v", 1, 0) == 0;
+  const timespec times[2] = {{1'500'000'000, 5}, {1'500'000'001, 7}};
+  for (const char* path : {"/a.app/Contents/MacOS/a", "/a.app/Contents/MacOS", "/a.app/current"})
+    ASSERT_EQ(::utimensat(AT_FDCWD, (root_ / path).c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
+  ASSERT_EQ(::chmod((root_ / "/a.app/Contents/MacOS").c_str(), 0555), 0);
+
+  const auto copied = files_.copyTree("/a.app", "/b.app");
+  ASSERT_TRUE(copied) << copied.error();
+  EXPECT_THAT(names(), ElementsAre("a.app", "b.app"));
+  EXPECT_EQ(names("/b.app/Contents/Resources").size(), 40u);
+  EXPECT_EQ(*files_.sha256("/b.app/big"), *files_.sha256("/a.app/big"));
+  EXPECT_EQ(statOf("/b.app/Contents/MacOS/a").st_mode & 07777, 04751u);
+  EXPECT_EQ(statOf("/b.app/Contents/MacOS").st_mode & 07777, 0555u);
+  EXPECT_EQ(std::filesystem::read_symlink(root_ / "/b.app/dangling"), "/nowhere");
+  for (const char* path : {"/Contents/MacOS/a", "/Contents/MacOS", "/current"})
+    EXPECT_EQ(files_.info(std::string("/b.app") + path)->modified, 1'500'000'001'000'000'007) << path;
+  char value = 0;
+  EXPECT_TRUE(!attributes || ::getxattr((root_ / "/b.app/Contents/MacOS/a").c_str(), "user.test", &value, 1) == 1);
+
+  ASSERT_EQ(::chmod((root_ / "/a.app/Contents/MacOS").c_str(), 0755), 0);
+  ASSERT_EQ(::chmod((root_ / "/b.app/Contents/MacOS").c_str(), 0755), 0);
+}
+
+TEST_F(FileManagerTest, FailedCopyLeavesNothing) {
+  writeFile(root_ / "/tree/a", "small");
+  writeFile(root_ / "/tree/b", std::string(100'000, 'b'));
+  writeFile(root_ / "/there", "old");
+  EXPECT_EQ(files_.copyTree("/tree", "/there").failure().code, EEXIST);
+  EXPECT_EQ(files_.copyTree("/tree", "/tree/inside").failure().code, EINVAL);
+  EXPECT_EQ(files_.copyTree("/none", "/copy").failure().code, ENOENT);
+  {
+    const SmallDisk disk(50'000);
+    const auto copied = files_.copyTree("/tree", "/copy");
+    ASSERT_FALSE(copied);
+    EXPECT_THAT(copied.error(), StartsWith("/tree/b: "));
+  }
+  pipe("/tree/pipe");
+  EXPECT_FALSE(files_.copyTree("/tree", "/copy"));
+  EXPECT_THAT(names(), ElementsAre("there", "tree"));
+  EXPECT_EQ(readFile(root_ / "/there"), "old");
+}
+
+TEST_F(FileManagerTest, MoveAndExchange) {
+  writeFile(root_ / "/new/file", "new");
+  writeFile(root_ / "/old/file", "old");
+  ASSERT_TRUE(files_.exchange("/new", "/old"));
+  EXPECT_EQ(readFile(root_ / "/new/file") + readFile(root_ / "/old/file"), "oldnew");
+  EXPECT_FALSE(files_.exchange("/new", "/none"));
+  ASSERT_TRUE(files_.move("/new/file", "/old/file"));
+  EXPECT_EQ(readFile(root_ / "/old/file"), "old");
+  EXPECT_THAT(names("/new"), IsEmpty());
+  EXPECT_FALSE(files_.move("/none", "/old/file"));
+  EXPECT_EQ(readFile(root_ / "/old/file"), "old");
+  EXPECT_TRUE(files_.syncTree("/old"));
+  EXPECT_TRUE(files_.syncTree("/old/file"));
+}
+
+TEST_F(FileManagerTest, MoveAcrossVolumes) {
+  char other[] = "/dev/shm/vorlu-test-XXXXXX";
+  struct stat memory {};
+  if (::stat("/dev/shm", &memory) != 0 || memory.st_dev == statOf("/").st_dev || !::mkdtemp(other))
+    GTEST_SKIP() << "no second volume here";
+  LinuxHost host{RootFolder()};
+  LinuxFileManager machine{RootFolder(), host};
+  writeFile(root_ / "/tree/a", "a");
+  link("a", "/tree/link");
+  const std::string target = std::string(other) + "/tree";
+  const auto moved = machine.move(root_ / "/tree", target);
+  EXPECT_TRUE(moved) << moved.error();
+  EXPECT_EQ(readFile(target + "/link"), "a");
+  EXPECT_THAT(names(), IsEmpty());
+  writeFile(root_ / "/file", "new");
+  writeFile(std::string(other) + "/file", "old");
+  EXPECT_TRUE(machine.move(root_ / "/file", std::string(other) + "/file")) << "an existing file is replaced";
+  EXPECT_EQ(readFile(std::string(other) + "/file"), "new");
+  EXPECT_TRUE(machine.remove(other));
+}
+
+TEST_F(FileManagerTest, InfoTellsTheItemItself) {
+  writeFile(root_ / "/file", "12345");
+  link("file", "/link");
+  link("nowhere", "/dangling");
+  const auto file = files_.info("/file");
+  EXPECT_EQ(file->size, 5u);
+  EXPECT_EQ(file->kind, FileKind::regular);
+  EXPECT_EQ(files_.info("/link")->kind, FileKind::link);
+  EXPECT_TRUE(files_.exists("/link"));
+  EXPECT_FALSE(files_.exists("/dangling"));
+  EXPECT_TRUE(files_.info("/dangling"));
+  EXPECT_FALSE(files_.info("/none"));
+  ASSERT_TRUE(files_.setOwnership("/dangling", 0600, "root", "wheel")) << "a link is never followed";
+  ASSERT_TRUE(files_.setOwnership("/file", 0600, "no-such-user", ""));
+  EXPECT_EQ(files_.info("/file")->mode, 0600u);
+  EXPECT_FALSE(files_.setOwnership("/none", 0600, "", ""));
+}
+
+TEST_F(FileManagerTest, FreeSpaceIsTheHostFilesOrTheDisks) {
+  EXPECT_GT(files_.freeDiskSpace().value_or(0), 0);
+  writeFile(root_ / LinuxHost::path, R"({"freeDiskBytes": 200000000000})");
+  EXPECT_EQ(files_.freeDiskSpace(), 200'000'000'000);
+}
+
+}  // namespace
+}  // namespace vorlu::test

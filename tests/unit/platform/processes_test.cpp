@@ -1,0 +1,192 @@
+#include "vorlu/platform/linux/linux_processes.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <stdexcept>
+#include <thread>
+
+#include "tests/support/scripted_processes.h"
+#include "tests/support/temporary_folder.h"
+
+namespace vorlu::test {
+namespace {
+
+using testing::AllOf;
+using testing::AnyOf;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+using namespace std::chrono_literals;
+
+Command script(const std::string& line) {
+  return commandOf("/bin/sh", {"-c", line});
+}
+
+/// Waits until the process is gone or a dead entry nobody waited for yet, at most five seconds.
+bool ends(pid_t pid) {
+  for (int i = 0; i < 500; ++i) {
+    const std::string status = readFile("/proc/" + std::to_string(pid) + "/stat");
+    if (status.empty() || status.find(") Z") != std::string::npos) return true;
+    std::this_thread::sleep_for(10ms);
+  }
+  return false;
+}
+
+TEST(LinuxProcesses, ReportsHowAChildEnded) {
+  struct Case {
+    Command command;
+    bool started;
+    int status, signal;
+    std::string output;
+  };
+  Command discard = script("echo out; echo err >&2");
+  discard.mergeStandardError = false;
+  Command capped = script("printf 123456789");
+  capped.outputCap = 4;
+  for (const Case& c : {Case{script("echo out; echo err >&2; exit 3"), true, 3, 0, "out\nerr\n"},
+                        {discard, true, 0, 0, "out\n"},
+                        {capped, true, 0, 0, "1234"},
+                        {script("kill -9 $$"), true, -1, SIGKILL, ""},
+                        {commandOf("/bin/echo", {"a b", "", "$HOME"}), true, 0, 0, "a b  $HOME\n"},
+                        {commandOf("/no/such/program"), false, -1, 0, ""}}) {
+    const auto result = LinuxProcesses().run(c.command);
+    EXPECT_EQ(result.started, c.started) << c.command.program;
+    EXPECT_EQ(result.status, c.status);
+    EXPECT_EQ(result.signal, c.signal);
+    EXPECT_EQ(result.output, c.output);
+    EXPECT_FALSE(result.timedOut);
+    EXPECT_EQ(result.error, c.started ? "" : "/no/such/program: No such file or directory");
+  }
+}
+
+TEST(LinuxProcesses, ChildGetsACleanWorld) {
+  for (const char* name : {"LD_PRELOAD_TEST", "BASH_ENV", "ENV", "IFS", "SECRET"}) ::setenv(name, "bad", 1);
+  ::setenv("TZ", "Europe/London", 1);
+  const int leaked = ::open("/dev/null", O_RDONLY);  // without close-on-exec
+  const auto environment = LinuxProcesses().run(commandOf("/usr/bin/env")).output;
+  EXPECT_THAT(environment, AllOf(HasSubstr("PATH=/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin\n"), HasSubstr("HOME=/"),
+                                 HasSubstr("LANG=en_US.UTF-8\n"), HasSubstr("TZ=Europe/London\n")));
+  EXPECT_THAT(environment, Not(HasSubstr("bad")));
+  const auto world = LinuxProcesses().run(script("ls /proc/self/fd | wc -l; umask; pwd; read line || echo closed"));
+  // The three standard descriptors and the one that ls reads the folder with.
+  EXPECT_EQ(world.output, "4\n0022\n/\nclosed\n");
+  ::close(leaked);
+  ::unsetenv("TZ");
+  for (const char* name : {"LD_PRELOAD_TEST", "BASH_ENV", "ENV", "IFS", "SECRET"}) ::unsetenv(name);
+}
+
+TEST(LinuxProcesses, ChildGetsDefaultSignalsBack) {
+  const auto before = ::signal(SIGPIPE, SIG_IGN);
+  const auto result = LinuxProcesses().run(script("kill -PIPE $$; echo survived"));
+  EXPECT_EQ(result.signal, SIGPIPE);
+  EXPECT_EQ(result.output, "");
+  ::signal(SIGPIPE, before);
+}
+
+TEST(LinuxProcesses, OutputStreamsWhileTheChildRuns) {
+  // The child waits for what its first output makes the receiver do.
+  const TemporaryFolder folder;
+  const std::string signal = folder / "/go";
+  Command command = script("echo first; while [ ! -e " + signal + " ]; do sleep 0.01; done; echo second");
+  command.limit = 20s;
+  std::string seen;
+  command.onOutput = [&](std::string_view piece) {
+    seen += piece;
+    writeFile(signal, "");
+  };
+  const auto result = LinuxProcesses().run(command);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(seen, "first\nsecond\n");
+}
+
+TEST(LinuxProcesses, AGrandchildWithThePipeDoesNotHoldTheRun) {
+  const auto begin = std::chrono::steady_clock::now();
+  const auto result = LinuxProcesses().run(script("sleep 60 & echo $!"));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
+  EXPECT_EQ(result.status, 0);
+  const pid_t grandchild = std::stoi(result.output);
+  EXPECT_TRUE(LinuxProcesses().isAlive(grandchild));
+  EXPECT_TRUE(LinuxProcesses().signal(grandchild, SIGKILL));
+}
+
+TEST(LinuxProcesses, LargeOutputArrivesWhole) {
+  const auto result = LinuxProcesses().run(script("head -c 3000000 /dev/zero"));
+  EXPECT_EQ(result.output.size(), 3'000'000u);
+}
+
+TEST(LinuxProcesses, TheLimitKillsAllThatWasStarted) {
+  Command command =
+      script("trap '' TERM; sleep 60 & echo $!; setsid sh -c 'echo $$; (sleep 60 & echo $!); sleep 60' & wait");
+  command.limit = 1s;
+  const auto result = LinuxProcesses().run(command);
+  EXPECT_TRUE(result.timedOut);
+  EXPECT_EQ(result.signal, SIGKILL);
+  std::istringstream lines(result.output);
+  int count = 0;
+  for (pid_t pid = 0; lines >> pid; ++count) EXPECT_TRUE(ends(pid)) << pid;
+  EXPECT_EQ(count, 3);
+}
+
+TEST(LinuxProcesses, AnExceptionInTheReceiverEndsTheChild) {
+  pid_t child = 0;
+  Command command = script("echo $$; sleep 60");
+  command.onOutput = [&](std::string_view piece) {
+    child = std::stoi(std::string(piece));
+    throw std::runtime_error("stop");
+  };
+  EXPECT_THROW(LinuxProcesses().run(command), std::runtime_error);
+  EXPECT_FALSE(LinuxProcesses().isAlive(child));
+}
+
+TEST(LinuxProcesses, LaunchedChildrenAreDetachedAndLeaveNoZombie) {
+  LinuxProcesses processes;
+  const auto pid = processes.launch(commandOf("/bin/sleep", {"60"}));
+  ASSERT_TRUE(pid);
+  EXPECT_TRUE(processes.isAlive(*pid));
+  EXPECT_EQ(::getsid(*pid), *pid);
+  EXPECT_TRUE(processes.signal(*pid, SIGTERM));
+  for (int i = 0; i < 500 && processes.isAlive(*pid); ++i) std::this_thread::sleep_for(10ms);
+  EXPECT_FALSE(processes.isAlive(*pid)) << "its entry is gone, too";
+  EXPECT_FALSE(processes.launch(commandOf("/no/such/program")));
+}
+
+TEST(LinuxProcesses, SignalsNeverReachGroups) {
+  for (const pid_t pid : {0, -1, -::getpid()}) {
+    EXPECT_FALSE(LinuxProcesses().signal(pid, SIGTERM)) << pid;
+    EXPECT_FALSE(LinuxProcesses().isAlive(pid)) << pid;
+  }
+}
+
+TEST(LinuxProcesses, TerminationKillsTheRunningChild) {
+  const TemporaryFolder folder;
+  const pid_t agent = ::fork();
+  ASSERT_GE(agent, 0);
+  if (agent == 0) {
+    installSignalHandling();
+    LinuxProcesses().launch(script("echo $$ > " + (folder / "/launched") + "; exec sleep 60"));
+    LinuxProcesses().run(script("echo $$ > " + (folder / "/run.new") + "; mv " + (folder / "/run.new") + " " +
+                                (folder / "/run") + "; sleep 60"));
+    ::_exit(0);
+  }
+  for (int i = 0; i < 500 && (readFile(folder / "/run").empty() || readFile(folder / "/launched").empty()); ++i)
+    std::this_thread::sleep_for(10ms);
+  ::kill(agent, SIGTERM);
+  int status = 0;
+  ASSERT_EQ(::waitpid(agent, &status, 0), agent);
+  EXPECT_EQ(WEXITSTATUS(status), 143);
+  EXPECT_TRUE(ends(std::stoi(readFile(folder / "/run"))));
+  const pid_t launched = std::stoi(readFile(folder / "/launched"));
+  EXPECT_TRUE(LinuxProcesses().isAlive(launched)) << "what was launched lives on";
+  ::kill(launched, SIGKILL);
+}
+
+}  // namespace
+}  // namespace vorlu::test

@@ -1,0 +1,109 @@
+#include "vorlu/platform/linux/linux_file_manager.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+#include "vorlu/platform/linux/folder_entries.h"
+#include "vorlu/platform/linux/linux_host.h"
+
+namespace vorlu {
+namespace {
+
+constexpr std::array<std::string_view, 16> packageEndings = {
+    ".app",         ".bundle", ".framework", ".pkg",        ".mpkg",      ".plugin", ".kext", ".prefpane",
+    ".qlgenerator", ".xpc",    ".appex",     ".mdimporter", ".component", ".saver",  ".dext", ".systemextension"};
+
+bool isPackageName(std::string name) {
+  std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
+  return std::any_of(packageEndings.begin(), packageEndings.end(),
+                     [&](std::string_view ending) { return name.size() > ending.size() && name.ends_with(ending); });
+}
+
+/// Adds what lies in `folder` below the open root. A folder that can't be read is left out with its inside.
+void addFolder(int root, const std::string& folder, std::vector<TreeItem>& items) {
+  const Descriptor open(
+      uninterrupted([&] { return ::openat(root, folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
+  auto entries = open ? folderEntries(open.get()) : std::nullopt;
+  if (!entries) return;
+  for (FolderEntry& entry : *entries) {
+    const bool package = entry.kind == FileKind::directory && isPackageName(entry.name);
+    const std::string path = folder == "." ? entry.name : folder + "/" + entry.name;
+    items.push_back({path, entry.kind, package});
+    if (entry.kind == FileKind::directory && !package) addFolder(root, path, items);
+  }
+}
+
+}  // namespace
+
+bool LinuxFileManager::exists(const std::string& path) {
+  struct stat status {};
+  return ::stat(root_.hostPath(path).c_str(), &status) == 0;
+}
+
+bool LinuxFileManager::isDirectory(const std::string& path) {
+  struct stat status {};
+  return ::stat(root_.hostPath(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::optional<FileInfo> LinuxFileManager::info(const std::string& path) {
+  struct stat status {};
+  if (::lstat(root_.hostPath(path).c_str(), &status) != 0) return std::nullopt;
+  return accounts_.describe(status);
+}
+
+Result<Descriptor> LinuxFileManager::openFolder(const std::string& path) const {
+  const std::string host = root_.hostPath(path);
+  Descriptor folder(uninterrupted([&] { return ::open(host.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+  if (!folder) return systemFailure(path, errno);
+  return folder;
+}
+
+Result<std::vector<std::string>> LinuxFileManager::list(const std::string& path) {
+  const auto folder = openFolder(path);
+  if (!folder) return folder.failure();
+  auto entries = folderEntries(folder->get());
+  if (!entries) return systemFailure(path, errno);
+  std::vector<std::string> names;
+  names.reserve(entries->size());
+  for (FolderEntry& entry : *entries) names.push_back(std::move(entry.name));
+  return names;
+}
+
+Result<std::vector<TreeItem>> LinuxFileManager::enumerate(const std::string& root) {
+  const auto folder = openFolder(root);
+  if (!folder) return folder.failure();
+  std::vector<TreeItem> items;
+  addFolder(folder->get(), ".", items);
+  return items;
+}
+
+Status LinuxFileManager::setOwnership(const std::string& path, std::optional<mode_t> mode, const std::string& owner,
+                                      const std::string& group) {
+  const std::string host = root_.hostPath(path);
+  if (const int error = accounts_.giveAt(AT_FDCWD, host.c_str(), owner, group, AT_SYMLINK_NOFOLLOW))
+    return systemFailure(path, error);
+  // A link has no mode of its own here.
+  if (mode && ::fchmodat(AT_FDCWD, host.c_str(), *mode, AT_SYMLINK_NOFOLLOW) != 0 && errno != EOPNOTSUPP)
+    return systemFailure(path, errno);
+  return success();
+}
+
+void LinuxFileManager::setHidden(const std::string& path) {
+  ::lsetxattr(root_.hostPath(path).c_str(), "user.vorlu.hidden", "1", 1, 0);
+}
+
+std::optional<std::int64_t> LinuxFileManager::freeDiskSpace() {
+  if (const auto bytes = host_.facts()->freeDiskBytes) return bytes;
+  struct statvfs volume {};
+  if (::statvfs(root_.hostPath("/").c_str(), &volume) != 0) return std::nullopt;
+  return static_cast<std::int64_t>(volume.f_bavail) * static_cast<std::int64_t>(volume.f_frsize);
+}
+
+}  // namespace vorlu
