@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <initializer_list>
 
-#include "vorlu/detection/placeholders.h"
+#include "vorlu/state/replacement.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {

@@ -4,8 +4,8 @@
 
 #include <unordered_set>
 
-#include "vorlu/detection/placeholders.h"
 #include "vorlu/state/paths.h"
+#include "vorlu/state/replacement.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {

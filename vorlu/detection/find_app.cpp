@@ -6,6 +6,7 @@
 #include "vorlu/detection/location.h"
 #include "vorlu/detection/placeholders.h"
 #include "vorlu/server/catalog_fetch.h"
+#include "vorlu/state/replacement.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {

@@ -1,5 +1,6 @@
 #include "vorlu/detection/placeholders.h"
 
+#include "vorlu/state/replacement.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -43,16 +44,6 @@ std::string expandAppPath(Vorlu& vorlu, const AppBlueprints& entry) {
 std::string expandAlternatePath(Vorlu& vorlu, std::string_view path) {
   if (path.find('%') == std::string_view::npos) return std::string(path);
   return expandPlaceholders(path, {std::nullopt, consoleUserName(vorlu)});
-}
-
-std::string replacedAll(std::string_view text, std::string_view part, std::string_view by) {
-  std::string result;
-  std::size_t from = 0;
-  for (std::size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, from)) {
-    result.append(text.substr(from, at - from)).append(by);
-    from = at + part.size();
-  }
-  return result.append(text.substr(from));
 }
 
 const std::string& consoleUserName(Vorlu& vorlu) {

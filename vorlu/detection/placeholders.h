@@ -26,9 +26,6 @@ std::string expandAppPath(Vorlu& vorlu, const AppBlueprints& entry);
 /// One of `alternatePaths`, where only the console user is filled in.
 std::string expandAlternatePath(Vorlu& vorlu, std::string_view path);
 
-/// `text` with every `part` replaced by `by`.
-std::string replacedAll(std::string_view text, std::string_view part, std::string_view by);
-
 /// Name of the console user, asked once in a process.
 const std::string& consoleUserName(Vorlu& vorlu);
 

@@ -3,11 +3,11 @@
 #include <fmt/format.h>
 
 #include "vorlu/detection/download_url.h"
-#include "vorlu/detection/placeholders.h"
 #include "vorlu/detection/processor.h"
 #include "vorlu/install/architecture.h"
 #include "vorlu/install/sleep_assertion.h"
 #include "vorlu/state/paths.h"
+#include "vorlu/state/replacement.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {

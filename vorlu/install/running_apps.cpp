@@ -48,8 +48,9 @@ void listAppBinaries(Vorlu& vorlu, const std::string& appPath) {
 
   const std::string folder = appPath + "/Contents/MacOS";
   if (!vorlu.platform.files.exists(folder)) {
-    vorlu.log(
-        fmt::format("Error: The App binary path was not found at path {} when attempting to list binaries", folder));
+    vorlu.log(fmt::format(
+        "Error: The App binary path was not found at path {}/Contents/MacOS when attempting to list binaries",
+        appPath));
     return;
   }
   const auto entries = vorlu.platform.files.list(folder);

@@ -9,6 +9,7 @@
 #include "vorlu/state/format_date.h"
 #include "vorlu/state/json.h"
 #include "vorlu/state/paths.h"
+#include "vorlu/state/replacement.h"
 
 namespace vorlu {
 namespace {
@@ -47,16 +48,6 @@ bool contains(std::string_view text, std::string_view part) {
 template <class List>
 bool containsAny(std::string_view text, const List& parts) {
   return std::any_of(parts.begin(), parts.end(), [text](std::string_view part) { return contains(text, part); });
-}
-
-std::string replacedAll(std::string_view text, std::string_view part, std::string_view by) {
-  std::string result;
-  std::size_t from = 0;
-  for (std::size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, from)) {
-    result.append(text.substr(from, at - from)).append(by);
-    from = at + part.size();
-  }
-  return result.append(text.substr(from));
 }
 
 /// The end of the parenthesised description that begins at `start`, or npos when its brackets don't close.

@@ -11,12 +11,12 @@
 namespace vorlu {
 namespace {
 
-/// Removes `path` if it is there; a failure is logged as `message` and the error.
-void removeIfThere(Vorlu& vorlu, const std::string& path, std::string_view message) {
+/// Removes `path` if it is there; a failure is logged as `message` with the error at its placeholder.
+void removeIfThere(Vorlu& vorlu, const std::string& path, fmt::format_string<const std::string&> message) {
   FileManager& files = vorlu.platform.files;
   if (!files.exists(path)) return;
   const Status removed = files.remove(path);
-  if (!removed) vorlu.log(fmt::format("{}: {}", message, removed.error()));
+  if (!removed) vorlu.log(fmt::format(message, removed.error()));
 }
 
 }  // namespace
@@ -30,8 +30,8 @@ void writeMissedUpdateReceipt(Vorlu& vorlu) {
   vorlu.log("Writing update missed receipt...", silent);
   const Status written = files.writeAtomically(paths::missedUpdate, "", {0644, "root", "wheel"});
   if (!written) {
-    vorlu.log(fmt::format("Error: Unable to create the missed update receipt at path: {}. Error: {}",
-                          paths::missedUpdate, written.error()));
+    vorlu.log(fmt::format("Error: Unable to create the missed update receipt at path: {}/missedUpdate. Error: {}",
+                          paths::run, written.error()));
     endRun(vorlu, 1);
   }
   runJamfInventory(vorlu);
@@ -43,17 +43,17 @@ void writeMissedUpdateReceipt(Vorlu& vorlu) {
 void removeMissedUpdateReceipt(Vorlu& vorlu) {
   if (!vorlu.platform.files.exists(paths::missedUpdate)) return;
   vorlu.log("Removing missed update receipt...");
-  removeIfThere(vorlu, paths::missedUpdate, "Error attempting to remove update missed receipt");
+  removeIfThere(vorlu, paths::missedUpdate, "Error attempting to remove update missed receipt: {}");
 }
 
 void removeForcedUpdateReceipt(Vorlu& vorlu, const std::string& app) {
   removeIfThere(vorlu, fmt::format("{}/{} Patch Receipt.plist", paths::receipts, app),
-                "Error removing the forced update receipts");
-  removeIfThere(vorlu, paths::currentTask, "Error removing the forced update receipts");
+                "Error removing the forced update receipts: {}");
+  removeIfThere(vorlu, paths::currentTask, "Error removing the forced update receipts: {}");
 }
 
 void removeWatchReceipt(Vorlu& vorlu) {
-  removeIfThere(vorlu, paths::watchReceipt, "Error removing watch receipt");
+  removeIfThere(vorlu, paths::watchReceipt, "Error removing watch receipt: {}");
 }
 
 }  // namespace vorlu
