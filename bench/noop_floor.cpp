@@ -80,7 +80,7 @@ int main(int argc, char** argv) {
     std::fputs("usage: bench-floor CATALOG.json\n", stderr);
     return 2;
   }
-  const auto text = simdjson::padded_string::load(argv[1]);
+  auto text = simdjson::padded_string::load(argv[1]);
   simdjson::ondemand::parser parser;
   simdjson::ondemand::document document = parser.iterate(text.value());
   const std::vector<Entry> entries = decode(document);
