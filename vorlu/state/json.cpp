@@ -2,6 +2,7 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -40,6 +41,17 @@ NodeKind kindOf(ondemand::json_type type) {
   return NodeKind::null;
 }
 
+/// The text of a string token, where it stands in the document; nothing when it has escapes, which need a copy. `token`
+/// begins at the opening quote and may reach beyond the closing one.
+std::optional<std::string_view> plainText(const char* token) {
+  const char* const begin = token + 1;
+  const char* end = begin;
+  while (*end != '"') {
+    if (*end++ == '\\') return std::nullopt;
+  }
+  return std::string_view(begin, static_cast<std::size_t>(end - begin));
+}
+
 /// A value, parsed as it is read.
 class JsonNode : public Node {
  public:
@@ -54,7 +66,10 @@ class JsonNode : public Node {
     if (std::trunc(number) != number || std::abs(number) > 9007199254740992.0) return std::nullopt;
     return static_cast<std::int64_t>(number);
   }
-  std::string_view text() override { return orThrow(value_.get_string()); }
+  std::string_view text() override {
+    const auto plain = plainText(value_.raw_json_token().data());
+    return plain ? *plain : orThrow(value_.get_string());
+  }
 
   void forEachElement(const std::function<void(Node&)>& read) override {
     for (auto element : orThrow(value_.get_array())) {
@@ -65,7 +80,9 @@ class JsonNode : public Node {
 
   void forEachMember(const std::function<void(std::string_view, Node&)>& read) override {
     for (auto member : orThrow(value_.get_object())) {
-      const std::string_view key = orThrow(member.unescaped_key());
+      // The raw key points behind its opening quote.
+      const auto plain = plainText(orThrow(member.key()).raw() - 1);
+      const std::string_view key = plain ? *plain : orThrow(member.unescaped_key());
       JsonNode child(orThrow(member.value()));
       read(key, child);
     }
@@ -173,6 +190,11 @@ class JsonEncoder : public Encoder {
     text_.append(2 * empty_.size(), ' ');
   }
   void quote(std::string_view value) {
+    const auto isPlain = [](char c) { return c >= ' ' && c < 0x7f && c != '"' && c != '\\'; };
+    if (std::all_of(value.begin(), value.end(), isPlain)) {
+      text_.append(1, '"').append(value).append(1, '"');
+      return;
+    }
     text_ += nlohmann::json(value).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
   }
 
