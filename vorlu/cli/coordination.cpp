@@ -11,10 +11,8 @@ namespace vorlu {
 Coordination coordinateInstances(Vorlu& vorlu) {
   const Duplicates others = findDuplicates(vorlu);
   if (!others.searched) return Coordination::searchFailed;
-  if (others.pids.empty()) {
-    isAlone(vorlu);
-    return Coordination::goOn;
-  }
+  noteStanding(vorlu, others);
+  if (others.pids.empty()) return Coordination::goOn;
   if (vorlu.modes.updateMode || vorlu.modes.forcedMode) {
     Console& console = vorlu.platform.console;
     console.print(fmt::format("Another instance of Vorlu is already being run by root under proccess ID: {}",

@@ -11,13 +11,11 @@
 
 namespace vorlu {
 
-int runVorlu(Platform& platform, const SealedSite& sealed, const std::vector<std::string>& arguments) {
-  const Site site(sealed, platform.security);
+int runVorlu(Vorlu& vorlu, const std::vector<std::string>& arguments) {
   if (arguments.empty()) {
-    printBanner(platform.console, site);
+    printBanner(vorlu.platform.console, vorlu.site);
     return 0;
   }
-  Vorlu vorlu(platform, site);
   try {
     dispatchCommand(vorlu, arguments);
     return 0;

@@ -31,11 +31,6 @@ std::string cachedPath(const std::string& item) {
   return fmt::format("{}/{}", paths::downloads, item);
 }
 
-void removeCached(Vorlu& vorlu, const std::string& item) {
-  const Status removed = vorlu.platform.files.remove(cachedPath(item));
-  if (!removed) vorlu.log(fmt::format("Error: Could not remove the cached file {} - {}", item, removed.error()));
-}
-
 /// The name of a cached file without its extension, as `cacheFileStem` made it.
 std::string withoutExtensions(std::string_view item) {
   std::string name(item);
@@ -55,7 +50,7 @@ void removeStaleTemporary(Vorlu& vorlu, const std::string& item) {
   const auto info = vorlu.platform.files.info(cachedPath(item));
   if (!info) return;
   const Seconds age = vorlu.platform.clock.now() - static_cast<Seconds>(info->modified) / 1e9;
-  if (age > temporaryLifetime) removeCached(vorlu, item);
+  if (age > temporaryLifetime) removeFile(vorlu, cachedPath(item));
 }
 
 }  // namespace
@@ -91,10 +86,17 @@ void purgeCache(Vorlu& vorlu, const std::string& appName, DirectoryListings& lis
   bool changed = false;
   for (const std::string& item : *items) {
     if (item.find(stem) == std::string::npos) continue;
-    removeCached(vorlu, item);
+    removeFile(vorlu, cachedPath(item));
     changed = true;
   }
   if (changed) listings.forget(paths::downloads);
+}
+
+void removeFile(Vorlu& vorlu, const std::string& path) {
+  const Status removed = vorlu.platform.files.remove(path);
+  if (removed) return;
+  vorlu.log(fmt::format("Could not remove file at path: {}", path));
+  vorlu.log(fmt::format("Error information: {}", removed.error()));
 }
 
 void cleanCache(Vorlu& vorlu) {
@@ -109,7 +111,7 @@ void cleanCache(Vorlu& vorlu) {
       removeStaleTemporary(vorlu, item);
     } else if (!wanted.contains(withoutExtensions(item))) {
       vorlu.log(fmt::format("Removing cached update file {} as the update is no longer required", item));
-      removeCached(vorlu, item);
+      removeFile(vorlu, cachedPath(item));
     }
   }
 }

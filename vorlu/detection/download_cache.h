@@ -22,6 +22,9 @@ enum class MissingCache { fine, logged };
 /// Removes every cached installer of an app, of whatever version. An empty name purges nothing.
 void purgeCache(Vorlu& vorlu, const std::string& appName, DirectoryListings& listings, MissingCache missing);
 
+/// Removes a file or folder, of which there may be none. What can't be removed is logged and left.
+void removeFile(Vorlu& vorlu, const std::string& path);
+
 /// Removes cached files that belong to no pending update.
 void cleanCache(Vorlu& vorlu);
 

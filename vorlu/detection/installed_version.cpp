@@ -39,9 +39,10 @@ std::string infoPlistOf(const std::string& bundlePath) {
   return bundlePath + "/Contents/Info.plist";
 }
 
-/// A text of a property list; "Unknown" when the file or the key can't be had.
+/// A text of a property list; "Unknown" when the file or the key can't be had. "Unknown" may stand for the path, too.
 template <class T>
 std::string readKey(FileManager& files, const std::string& path, std::optional<std::string> T::*key) {
+  if (!path.starts_with('/')) return unknown;
   const Result<std::string> bytes = files.read(path);
   if (!bytes) return unknown;
   const Result<T> record = decodePropertyList<T>(*bytes);

@@ -8,9 +8,9 @@
 namespace vorlu {
 namespace {
 
-/// An empty path is no location, whatever it would resolve to.
+/// A path that isn't absolute is no location, whatever it would resolve to.
 bool isLocation(FileManager& files, const std::string& path) {
-  return !path.empty() && files.exists(path);
+  return path.starts_with('/') && files.exists(path);
 }
 
 std::string findAlternatePath(Vorlu& vorlu, const AppBlueprints& entry) {
@@ -29,6 +29,7 @@ std::string findByPrefix(Vorlu& vorlu, const AppBlueprints& entry, DirectoryList
   if (prefix.empty()) return {};
   const std::string& asked = orEmpty(entry.prefixSearchPath);
   const std::string directory = asked.empty() ? "/Applications" : asked;
+  if (!directory.starts_with('/')) return {};
   const auto& items = listings.of(directory);
   if (!items) {
     if (vorlu.platform.files.exists(directory)) {

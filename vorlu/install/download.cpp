@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "vorlu/detection/download_cache.h"
 #include "vorlu/detection/download_url.h"
 #include "vorlu/detection/processor.h"
 #include "vorlu/install/architecture.h"
@@ -95,10 +96,7 @@ bool removePreviousDownload(Vorlu& vorlu, const std::string& path) {
   if (!vorlu.platform.files.exists(path)) return false;
   vorlu.log(fmt::format("Requested download already exists at path: {}", path));
   vorlu.log("Removing previous download...");
-  if (const Status removed = vorlu.platform.files.remove(path); !removed) {
-    vorlu.log(fmt::format("Could not remove file at path: {}", path));
-    vorlu.log(fmt::format("Error information: {}", removed.error()));
-  }
+  removeFile(vorlu, path);
   return true;
 }
 

@@ -32,6 +32,8 @@ Result<Target> targetOf(const std::string& destinationPath, const AppCopyArr& it
   if (!destinationPath.starts_with('/')) return Failure{"no destination path"};
   const std::string name = item.appCopyName.empty() ? componentsOf(item.itemPath).back() : item.appCopyName;
   const std::string wanted = destinationPath + "/" + name;
+  if (componentsOf(name).empty() || wanted.find('\0') != std::string::npos)
+    return Failure{fmt::format("{} names no item", wanted)};
   const std::vector<std::string> components = componentsOf(wanted);
   if (std::find(components.begin(), components.end(), "..") != components.end())
     return Failure{fmt::format("{} leads out of its folder", wanted)};
@@ -113,6 +115,7 @@ Status setItemPermissions(FileManager& files, const std::string& path, std::opti
 }
 
 void placeItems(Vorlu& vorlu, const std::vector<AppCopyArr>& items, bool mayMove) {
+  recoverPlacement(vorlu);  // the note of a killed run is about to be overwritten
   for (const AppCopyArr& item : items) {
     const auto target = targetOf(vorlu.currentApp.destinationPath, item);
     const Status placed =

@@ -2,20 +2,11 @@
 
 #include <fmt/format.h>
 
+#include "vorlu/detection/download_cache.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
-namespace {
-
-void removeItem(Vorlu& vorlu, const std::string& path) {
-  const Status removed = vorlu.platform.files.remove(path);
-  if (removed) return;
-  vorlu.log(fmt::format("Could not remove file at path: {}", path));
-  vorlu.log(fmt::format("Error information: {}", removed.error()));
-}
-
-}  // namespace
 
 void emptyOutput(Vorlu& vorlu) {
   const auto entries = vorlu.platform.files.list(paths::output);
@@ -23,13 +14,13 @@ void emptyOutput(Vorlu& vorlu) {
     vorlu.log(fmt::format("Warning: Could not list archive output - {}", entries.error()));
     return;
   }
-  for (const std::string& entry : *entries) removeItem(vorlu, paths::output + "/" + entry);
+  for (const std::string& entry : *entries) removeFile(vorlu, paths::output + "/" + entry);
 }
 
 void removeDownloads(Vorlu& vorlu, const std::string& downloadPath) {
   vorlu.log("Removing downloads...");
   emptyOutput(vorlu);
-  removeItem(vorlu, downloadPath);
+  removeFile(vorlu, downloadPath);
 }
 
 }  // namespace vorlu

@@ -68,6 +68,7 @@ std::string findProcess(Vorlu& vorlu, const std::string& name) {
   Command command;
   command.program = "/usr/bin/pgrep";
   command.arguments = {"-x", name};
+  command.mergeStandardError = false;  // a complaint about the name is no process
   return runTool(vorlu.platform.processes, vorlu.log, command).output;
 }
 

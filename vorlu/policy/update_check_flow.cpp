@@ -17,8 +17,7 @@ namespace {
 /// What became of the pending updates.
 struct PassResult {
   bool nothingPending = false;
-  bool inUse = false;   ///< an application was left alone because it ran
-  bool failed = false;  ///< one could not be updated
+  bool inUse = false;  ///< an application was left alone because it ran
 };
 
 void announce(Vorlu& vorlu, bool hourly) {
@@ -40,16 +39,13 @@ InstallOutcome update(Vorlu& vorlu, const ApplicationInventory& record) {
 void updateOne(Vorlu& vorlu, const ApplicationInventory& record, PassResult& result) {
   if (!findApp(vorlu, record.appName)) {
     vorlu.log(fmt::format("Error: {} was not found in the Vorlu App catalog. Skipping the update...", record.appName));
-    result.failed = true;
     return;
   }
   if (vorlu.modes.testingBlueprints && vorlu.currentApp.skipServerVerification) {
     vorlu.log(fmt::format("Server verification for {} is not enabled. Skipping update test...", record.appName));
     return;
   }
-  const InstallOutcome outcome = update(vorlu, record);
-  result.inUse = result.inUse || outcome == InstallOutcome::inUse;
-  result.failed = result.failed || outcome == InstallOutcome::failed;
+  if (update(vorlu, record) == InstallOutcome::inUse) result.inUse = true;
 }
 
 PassResult updateWhatIsPending(Vorlu& vorlu) {
@@ -62,12 +58,12 @@ PassResult updateWhatIsPending(Vorlu& vorlu) {
   return result;
 }
 
-/// An app that still waits for its update, in use or failed, keeps the computer from being compliant. A check that
-/// found nothing pending has stored the date already.
+/// An app in use still waits for its update, so the computer isn't compliant yet; one that failed doesn't count. A check
+/// that found nothing pending has stored the date already.
 void noteCompliance(Vorlu& vorlu, const PassResult& pass) {
   if (pass.nothingPending) {
     vorlu.updates.compliantThisRun = true;
-  } else if (!pass.inUse && !pass.failed) {
+  } else if (!pass.inUse) {
     recordCompliance(vorlu);
   }
 }

@@ -56,13 +56,14 @@ Duplicates findDuplicates(Vorlu& vorlu) {
   return found;
 }
 
+void noteStanding(Vorlu& vorlu, const Duplicates& others) {
+  const bool alone = others.searched && others.pids.empty();
+  vorlu.modes.standing = alone ? Standing::alone : Standing::beside;
+  if (alone) clearTracesOfCrash(vorlu);
+}
+
 bool isAlone(Vorlu& vorlu) {
-  if (vorlu.modes.standing == Standing::unknown) {
-    const Duplicates others = findDuplicates(vorlu);
-    const bool alone = others.searched && others.pids.empty();
-    vorlu.modes.standing = alone ? Standing::alone : Standing::beside;
-    if (alone) clearTracesOfCrash(vorlu);
-  }
+  if (vorlu.modes.standing == Standing::unknown) noteStanding(vorlu, findDuplicates(vorlu));
   return vorlu.modes.standing == Standing::alone;
 }
 

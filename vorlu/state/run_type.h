@@ -16,8 +16,11 @@ struct Duplicates {
 };
 Duplicates findDuplicates(Vorlu& vorlu);
 
-/// Looks for other agents once in a process and keeps the answer in `modes.standing`. A process that finds itself alone
-/// resets a run type that a crash left behind, and removes the watch receipt of a dead process.
+/// Keeps in `modes.standing` what a search has found. A process that is alone resets a run type that a crash left
+/// behind, and removes the watch receipt of a dead process.
+void noteStanding(Vorlu& vorlu, const Duplicates& others);
+
+/// Whether no other agent runs, by the last search; searches when there was none.
 bool isAlone(Vorlu& vorlu);
 
 /// The one writer of `CurrentRunType`. Other agents are judged by that key, so a process that isn't alone writes

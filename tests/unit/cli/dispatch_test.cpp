@@ -5,6 +5,7 @@
 
 #include "tests/support/test_platform.h"
 #include "vorlu/cli/command_option.h"
+#include "vorlu/vorlu.h"
 
 namespace vorlu::test {
 namespace {
@@ -34,7 +35,9 @@ struct DispatchTest : testing::Test {
 
   int run(const Lines& arguments) {
     mac.console.clear();
-    return runVorlu(mac.platform(), sealedSite, arguments);
+    const Site site(sealedSite, mac.security);
+    Vorlu vorlu(mac.platform(), site);
+    return runVorlu(vorlu, arguments);
   }
   Lines shown() { return withoutUsage(mac.console.lines()); }
 };

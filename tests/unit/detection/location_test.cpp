@@ -51,6 +51,11 @@ TEST(LocateApp, TakesTheFirstPlaceInOrder) {
        {"/Applications/X"},
        "",
        {}},
+      {"nor are relative ones",
+       R"({"appPath":"Foo","alternatePaths":["Foo"],"prefixSearchPath":".","appPrefixName":"Foo"})",
+       {"/Foo", "/Applications/Foo"},
+       "",
+       {}},
       {"nothing given", "{}", {"/Applications/X"}, "", {}},
   };
   for (const auto& c : cases) {

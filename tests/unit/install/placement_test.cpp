@@ -35,7 +35,7 @@ TEST_F(Placement, RefusesTargetsThatBelongToTheSystem) {
   } cases[] = {
       {"", "Slides.app"}, {"Applications", "Slides.app"}, {"/", "Applications"},         {"/", ""},
       {"//.//", "Users"}, {"/Applications", ".."},        {"/Applications", "../Users"}, {"/Applications/../..", "x"},
-      {"/Users", "."}};
+      {"/Users", "."},    {"/Users/alice", "./."}};
   mac.write("/Users/alice/file", "kept");
   for (const auto& c : cases) {
     vorlu.currentApp.destinationPath = c.destination;
