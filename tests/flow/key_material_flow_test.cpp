@@ -168,6 +168,9 @@ TEST_F(KeyMaterialFlow, UnreadableKeychainIsReplacedOrEndsTheRun) {
   EXPECT_TRUE(stuck.keys.keychainWriteFailed);
   EXPECT_THAT(logged(), ElementsAre("Error: Vorlu signature could not be added to the keychain", "Exiting..."));
   EXPECT_THAT(toldJamf(), ElementsAre("Error: Vorlu signature could not be added to the keychain"));
+
+  deleteKeychainItems(newRun());
+  EXPECT_THAT(logged(), ElementsAre(noAccess.front()));
 }
 
 TEST_F(KeyMaterialFlow, DamagedSigningSecretEndsTheRun) {

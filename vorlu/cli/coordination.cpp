@@ -10,7 +10,10 @@ namespace vorlu {
 
 Coordination coordinateInstances(Vorlu& vorlu) {
   const Duplicates others = findDuplicates(vorlu);
-  if (!others.searched) return Coordination::searchFailed;
+  if (!others.searched) {
+    vorlu.log(fmt::format("Error: Could not search for other instances of Vorlu - {}", others.error));
+    return Coordination::searchFailed;
+  }
   noteStanding(vorlu, others);
   if (others.pids.empty()) return Coordination::goOn;
   if (vorlu.modes.updateMode || vorlu.modes.forcedMode) {

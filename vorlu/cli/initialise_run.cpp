@@ -25,12 +25,14 @@ using std::chrono::seconds;
 
 constexpr std::string_view minimumSystem = "11";
 
+void closeProgressPrompt(Vorlu& vorlu) {
+  writeDialogCommand(vorlu, "quit:");
+  vorlu.platform.clock.sleep(seconds(1));
+}
+
 /// Closes the progress window, runs the inventory and ends the run.
 [[noreturn]] void stop(Vorlu& vorlu, const StartUp& startUp) {
-  if (startUp.forcedPrompts || startUp.showProgress) {
-    writeDialogCommand(vorlu, "quit:");
-    vorlu.platform.clock.sleep(seconds(1));
-  }
+  if (startUp.forcedPrompts || startUp.showProgress) closeProgressPrompt(vorlu);
   runJamfInventory(vorlu);
   endRun(vorlu, 1);
 }
@@ -108,7 +110,11 @@ void replaceCorruptRunData(Vorlu& vorlu) {
   const std::string aside = paths::runData + ".corrupt";
   files.remove(aside);
   const Status moved = files.move(paths::runData, aside);
-  if (!moved) return;
+  if (!moved) {
+    vorlu.log(fmt::format("Error: The run data plist could not be decoded - {} - and not be moved to {} - {}",
+                          file.error(), aside, moved.error()));
+    return;
+  }
   vorlu.log(
       fmt::format("Warning: The run data plist could not be decoded and was moved to {} - {}", aside, file.error()));
 }
@@ -118,21 +124,23 @@ void requireState(Vorlu& vorlu) {
   ensureRunData(vorlu);
 }
 
+std::string noApplicationData(Vorlu& vorlu) {
+  return fmt::format("Error: No Application data was found. Unable to continue. For support please contact {}",
+                     vorlu.site.supportContact());
+}
+
 /// A search in the catalog needs a server, or what the server said last.
 void requireCatalogSource(Vorlu& vorlu, const StartUp& startUp) {
   checkServerReachable(vorlu);
   if (!vorlu.catalog.offlineMode || vorlu.platform.files.exists(paths::offlineData)) return;
-  vorlu.log(fmt::format("Error: No Application data was found. Unable to continue. For support please contact {}",
-                        vorlu.site.supportContact()));
+  vorlu.log(noApplicationData(vorlu));
   stop(vorlu, startUp);
 }
 
 /// Only root can read the key material and the state; nothing is written or fetched for another user.
 void refuseValidationWithoutRoot(Vorlu& vorlu) {
   if (vorlu.platform.processes.userName() == "root") return;
-  vorlu.platform.console.print(
-      fmt::format("Error: No Application data was found. Unable to continue. For support please contact {}",
-                  vorlu.site.supportContact()));
+  vorlu.platform.console.print(noApplicationData(vorlu));
   exitProcess(1);
 }
 
@@ -153,10 +161,7 @@ void initialiseRun(Vorlu& vorlu, const StartUp& startUp) {
   requireInternet(vorlu, startUp);
   requireComponents(vorlu, startUp);
   requireState(vorlu);
-  if (startUp.forcedPrompts) {
-    writeDialogCommand(vorlu, "quit:");
-    vorlu.platform.clock.sleep(seconds(1));
-  }
+  if (startUp.forcedPrompts) closeProgressPrompt(vorlu);
   vorlu.modes.runStage = "Updates";
 }
 

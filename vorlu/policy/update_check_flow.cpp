@@ -58,8 +58,8 @@ PassResult updateWhatIsPending(Vorlu& vorlu) {
   return result;
 }
 
-/// An app in use still waits for its update, so the computer isn't compliant yet; one that failed doesn't count. A check
-/// that found nothing pending has stored the date already.
+/// An app in use still waits for its update, so the computer isn't compliant yet; one that failed doesn't count. A
+/// check that found nothing pending has stored the date already.
 void noteCompliance(Vorlu& vorlu, const PassResult& pass) {
   if (pass.nothingPending) {
     vorlu.updates.compliantThisRun = true;

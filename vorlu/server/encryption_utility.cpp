@@ -6,22 +6,13 @@
 
 #include "vorlu/state/encoding.h"
 #include "vorlu/state/log.h"
+#include "vorlu/state/replacement.h"
 
 namespace vorlu {
 namespace {
 
 Failure cipherFailure(std::string_view domain, int code, std::string_view description) {
   return {fmt::format("Error Domain={} Code={} \"{}\"", domain, code, description), code};
-}
-
-std::string withoutEscapedSlashes(std::string_view text) {
-  std::string plain;
-  plain.reserve(text.size());
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (text[at] == '\\' && at + 1 < text.size() && text[at + 1] == '/') continue;
-    plain += text[at];
-  }
-  return plain;
 }
 
 }  // namespace
@@ -54,7 +45,7 @@ Result<std::string> EncryptionUtility::checkedAes(Result<std::string> outcome) {
 }
 
 Result<std::string> EncryptionUtility::base64Decode(std::string_view text) {
-  const std::string plain = withoutEscapedSlashes(text);
+  const std::string plain = replacedAll(text, "\\/", "/");
   std::optional<std::string> bytes = vorlu::base64Decode(plain);
   if (bytes) return std::move(*bytes);
   log_(fmt::format("Error: Failed to decode Base64 string ({})", plain));

@@ -51,6 +51,15 @@ const std::string& readSigningSecret(Vorlu& vorlu) {
   return secret;
 }
 
+/// Whether none of the items is left.
+bool removeItems(Vorlu& vorlu) {
+  bool removed = true;
+  for (const KeychainEntry& entry : keychainEntries) {
+    removed = keychainOf(vorlu).deleteKeychainItem(entry.service).ok() && removed;
+  }
+  return removed;
+}
+
 bool serverGaveAll(const KeyMaterial& keys) {
   return std::all_of(keychainEntries.begin(), keychainEntries.end(),
                      [&keys](const KeychainEntry& entry) { return !(keys.*entry.text).empty(); });
@@ -150,12 +159,12 @@ bool hasKeyMaterial(Vorlu& vorlu) {
 }
 
 void deleteKeychainItems(Vorlu& vorlu) {
-  for (const KeychainEntry& entry : keychainEntries) keychainOf(vorlu).deleteKeychainItem(entry.service);
+  if (!removeItems(vorlu)) vorlu.log("Error: Could not access macOS keychain");
 }
 
 void populateKeychain(Vorlu& vorlu, bool /*refresh*/) {
   vorlu.keys.keychainWriteFailed = false;
-  deleteKeychainItems(vorlu);
+  static_cast<void>(removeItems(vorlu));  // what stays shows when its successor is added
   fetchServerData(vorlu);
   if (!serverGaveAll(vorlu.keys)) fetchServerData(vorlu);
   if (!serverGaveAll(vorlu.keys)) {

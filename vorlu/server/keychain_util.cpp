@@ -18,12 +18,12 @@ std::string KeychainUtil::readKeychainItem(const std::string& service, const std
   return std::move(*item).value_or("");
 }
 
-void KeychainUtil::deleteKeychainItem(const std::string& service, const std::string& itemAccount) {
-  static_cast<void>(keychain_.remove(service, itemAccount));
+Status KeychainUtil::deleteKeychainItem(const std::string& service, const std::string& itemAccount) {
+  return keychain_.remove(service, itemAccount);
 }
 
 Status KeychainUtil::writeKeychainItem(const std::string& service, const std::string& value, bool invisible) {
-  deleteKeychainItem(service);
+  static_cast<void>(deleteKeychainItem(service));  // what stays shows as a failure to add
   return keychain_.add({service, account, value, applicationTag, invisible});
 }
 

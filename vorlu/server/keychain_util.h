@@ -18,8 +18,8 @@ class KeychainUtil {
 
   /// Empty when there is no such item, or, with a logged error, when the keychain can't be read.
   std::string readKeychainItem(const std::string& service, const std::string& itemAccount = account);
-  /// An item that can't be removed shows when its successor is added.
-  void deleteKeychainItem(const std::string& service, const std::string& itemAccount = account);
+  /// No such item is success.
+  Status deleteKeychainItem(const std::string& service, const std::string& itemAccount = account);
   /// Replaces the item of the service.
   Status writeKeychainItem(const std::string& service, const std::string& value, bool invisible);
 

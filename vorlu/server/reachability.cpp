@@ -13,6 +13,7 @@
 #include "vorlu/state/json.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/state/record.h"
+#include "vorlu/state/replacement.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -27,18 +28,6 @@ struct ServerTimestamp {
 
 int statusOf(const UrlReply& reply) {
   return reply.response && !reply.error ? reply.response->status : noStatusCode;
-}
-
-std::string withEscapedBlanks(std::string_view url) {
-  std::string escaped;
-  for (const char c : url) {
-    if (c == ' ') {
-      escaped += "%20";
-    } else {
-      escaped += c;
-    }
-  }
-  return escaped;
 }
 
 int probeCatalog(Vorlu& vorlu) {
@@ -109,7 +98,7 @@ Result<std::string> timestampBody(UrlReply reply) {
 
 int probeServer(Vorlu& vorlu, const std::string& url, const std::string& token) {
   UrlRequest request;
-  request.url = withEscapedBlanks(url);
+  request.url = replacedAll(url, " ", "%20");
   request.headers.push_back(authorizationHeader(vorlu, token));
   return statusOf(vorlu.platform.urls.send(request));
 }

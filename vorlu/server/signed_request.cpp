@@ -31,36 +31,6 @@ struct SecDownloadData {
   }
 };
 
-/// Lowest and highest second byte of a UTF-8 sequence: no overlong forms, no surrogates, nothing above U+10FFFF.
-std::pair<unsigned char, unsigned char> secondByteRange(unsigned char lead) {
-  if (lead == 0xe0) return {0xa0, 0xbf};
-  if (lead == 0xed) return {0x80, 0x9f};
-  if (lead == 0xf0) return {0x90, 0xbf};
-  if (lead == 0xf4) return {0x80, 0x8f};
-  return {0x80, 0xbf};
-}
-
-std::size_t sequenceLength(unsigned char lead) {
-  if (lead < 0x80) return 1;
-  if (lead < 0xc2 || lead > 0xf4) return 0;
-  return lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : 4;
-}
-
-bool isUtf8(std::string_view text) {
-  while (!text.empty()) {
-    const auto lead = static_cast<unsigned char>(text[0]);
-    const std::size_t length = sequenceLength(lead);
-    if (length == 0 || length > text.size()) return false;
-    for (std::size_t at = 1; at < length; ++at) {
-      const auto byte = static_cast<unsigned char>(text[at]);
-      const auto [low, high] = at == 1 ? secondByteRange(lead) : std::pair<unsigned char, unsigned char>{0x80, 0xbf};
-      if (byte < low || byte > high) return false;
-    }
-    text.remove_prefix(length);
-  }
-  return true;
-}
-
 /// Base64 with the alphabet that needs no escape in a URL, without padding.
 std::string urlSafeBase64(std::string_view bytes) {
   std::string text = base64Encode(bytes);

@@ -206,6 +206,10 @@ class JsonEncoder : public Encoder {
 
 }  // namespace
 
+bool isUtf8(std::string_view text) {
+  return simdjson::validate_utf8(text.data(), text.size());
+}
+
 Status readJson(std::string& text, const std::function<void(Node&)>& read) {
   try {
     text.reserve(text.size() + simdjson::SIMDJSON_PADDING);

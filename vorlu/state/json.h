@@ -9,6 +9,9 @@
 
 namespace vorlu {
 
+/// Whether text may stand in a JSON document or a URL as it is.
+bool isUtf8(std::string_view text);
+
 /// Parses `text` and hands its root to `read`; what `read` throws as a DecodingError, and text that is no JSON, become
 /// the failure. `text` gets spare bytes behind its end when it lacks them.
 Status readJson(std::string& text, const std::function<void(Node&)>& read);

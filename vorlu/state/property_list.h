@@ -45,7 +45,7 @@ class PropertyDictionary {
   void set(const std::string& key, std::string_view value);
   void set(const std::string& key, std::int64_t value);
   void set(const std::string& key, bool value);
-  std::string toXml() const;
+  std::string toXml() const;  ///< empty when it can't be encoded
 
  private:
   struct Root;

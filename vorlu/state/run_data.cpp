@@ -160,7 +160,8 @@ void updateRunData(Vorlu& vorlu, RunDataSelector selector) {
   vorlu.runData.now = static_cast<std::int64_t>(vorlu.platform.clock.now());
   for (const Change& change : changes(vorlu, selector)) {
     std::visit([&](const auto& value) { dictionary->set(change.key, value); }, change.value);
-    if (!files.writeAtomically(paths::runData, dictionary->toXml(), fileOwnership)) {
+    const std::string xml = dictionary->toXml();
+    if (xml.empty() || !files.writeAtomically(paths::runData, xml, fileOwnership)) {
       logBoth(vorlu, "Error: Could not update run data");
     }
   }

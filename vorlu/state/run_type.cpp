@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <string_view>
 
@@ -43,7 +44,10 @@ Duplicates findDuplicates(Vorlu& vorlu) {
   Duplicates found;
   // pgrep answers 1 when nothing matched
   found.searched = result.started && !result.timedOut && (result.status == 0 || result.status == 1);
-  if (!found.searched) return found;
+  if (!found.searched) {
+    found.error = result.started ? fmt::format("{} ended with {}", search.program, result.status) : result.error;
+    return found;
+  }
   std::string_view rest = result.output;
   while (!rest.empty()) {
     const std::string_view line = rest.substr(0, rest.find('\n'));
@@ -58,8 +62,9 @@ Duplicates findDuplicates(Vorlu& vorlu) {
 
 void noteStanding(Vorlu& vorlu, const Duplicates& others) {
   const bool alone = others.searched && others.pids.empty();
+  const bool wasAlone = vorlu.modes.standing == Standing::alone;  // a run type that stands there is this run's
   vorlu.modes.standing = alone ? Standing::alone : Standing::beside;
-  if (alone) clearTracesOfCrash(vorlu);
+  if (alone && !wasAlone) clearTracesOfCrash(vorlu);
 }
 
 bool isAlone(Vorlu& vorlu) {

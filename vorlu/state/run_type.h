@@ -9,15 +9,16 @@ namespace vorlu {
 
 struct Vorlu;
 
-/// Ids of the other running agents, by `pgrep -x vorlu`; nothing when the search itself failed.
+/// Ids of the other running agents, by `pgrep -x vorlu`.
 struct Duplicates {
   bool searched = false;
+  std::string error;  ///< why the search itself failed
   std::vector<pid_t> pids;
 };
 Duplicates findDuplicates(Vorlu& vorlu);
 
-/// Keeps in `modes.standing` what a search has found. A process that is alone resets a run type that a crash left
-/// behind, and removes the watch receipt of a dead process.
+/// Keeps in `modes.standing` what a search has found. A process that first finds itself alone resets a run type that a
+/// crash left behind, and removes the watch receipt of a dead process.
 void noteStanding(Vorlu& vorlu, const Duplicates& others);
 
 /// Whether no other agent runs, by the last search; searches when there was none.

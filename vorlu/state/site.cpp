@@ -6,22 +6,15 @@
 #include <optional>
 
 #include "vorlu/state/encoding.h"
+#include "vorlu/state/replacement.h"
 
 namespace vorlu {
 
 namespace {
 
-void replaceAll(std::string& text, std::string_view what, std::string_view with) {
-  if (what.empty()) return;
-  for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size())) {
-    text.replace(at, what.size(), with);
-  }
-}
-
 /// Base64 whose slashes may still be escaped as JSON does.
-std::optional<std::string> decodeStored(std::string text) {
-  replaceAll(text, "\\/", "/");
-  return base64Decode(text);
+std::optional<std::string> decodeStored(std::string_view text) {
+  return base64Decode(replacedAll(text, "\\/", "/"));
 }
 
 constexpr const char* invalidBase64 = "invalidBase64String";
@@ -30,14 +23,16 @@ constexpr const char* invalidBase64 = "invalidBase64String";
 
 std::string stripDecoys(const SealedSite& site, std::string_view text) {
   std::string stripped(text);
-  for (const std::string_view decoy : site.decoys) replaceAll(stripped, decoy, "");
+  for (const std::string_view decoy : site.decoys) {
+    if (!decoy.empty()) stripped = replacedAll(stripped, decoy, "");
+  }
   return stripped;
 }
 
 Result<std::string> Site::open(SiteText text) const {
   if (const auto known = opened_.find(text); known != opened_.end()) return known->second;
   const std::string_view sealedText = sealed_.texts[static_cast<std::size_t>(text)];
-  const auto cipher = decodeStored(std::string(sealedText));
+  const auto cipher = decodeStored(sealedText);
   if (!cipher) return Failure{fmt::format("Error: Could not decode base 64 string - {}", invalidBase64)};
   const auto plain = security_.rsaDecrypt(*cipher, privateKey());
   if (!plain) {
@@ -58,8 +53,8 @@ const std::string& Site::privateKey() const {
 }
 
 Result<std::string> Site::signingSecret() const {
-  const auto noise = decodeStored(std::string(sealed_.signingSecret[0]));
-  const auto other = decodeStored(std::string(sealed_.signingSecret[1]));
+  const auto noise = decodeStored(sealed_.signingSecret[0]);
+  const auto other = decodeStored(sealed_.signingSecret[1]);
   if (!noise || !other) return Failure{invalidBase64};
   if (noise->size() != other->size()) return Failure{"the halves of the signing secret differ in length"};
   std::string secret = *noise;

@@ -93,6 +93,15 @@ TEST_F(Placement, KilledCopyIsClearedOrPutBack) {
   }
 }
 
+TEST_F(Placement, SettlesAnotherFolderBeforeItsNoteIsOverwritten) {
+  mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "", .status = 1});
+  mac.write(paths::run + "/placement", "/Library");
+  mac.write("/Library/.~/old/Tool/file", "old");
+  placeItems(vorlu, {{put("Slides.app"), "Slides.app"}}, true);
+  EXPECT_EQ(mac.read("/Library/Tool/file"), "old");
+  EXPECT_FALSE(mac.exists("/Library/.~"));
+}
+
 TEST_F(Placement, AnotherAgentsCopyIsLeftAlone) {
   mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "777\n"});
   mac.write(paths::run + "/placement", "/Applications");

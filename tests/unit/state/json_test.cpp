@@ -125,6 +125,33 @@ TEST(PropertyList, TellsWhatIsWrongAndWhere) {
   }
 }
 
+/// A binary list of `levels` arrays, each with `references` references to the next.
+std::string nestedBinaryList(std::size_t levels, std::size_t references) {
+  const auto twoBytes = [](std::size_t n) { return std::string{static_cast<char>(n >> 8), static_cast<char>(n)}; };
+  std::string list = "bplist00", table;
+  for (std::size_t level = 1; level <= levels; ++level) {
+    table += twoBytes(list.size());
+    const std::size_t count = level == levels ? 0 : references;
+    list += static_cast<char>(0xa0 + count);
+    for (std::size_t i = 0; i < count; ++i) list += twoBytes(level);
+  }
+  const std::string zeros(6, '\0');
+  const std::string trailer =
+      zeros + "\2\2" + zeros + twoBytes(levels) + zeros + twoBytes(0) + zeros + twoBytes(list.size());
+  return list + table + trailer;
+}
+
+TEST(PropertyList, SmallFilesThatWouldExhaustTheParserAreRefused) {
+  const auto error = [](const std::string& list) { return decodePropertyList<Outer>(list).error(); };
+  const std::string corrupted = "dataCorrupted(" + context("[]", "The given data was not a valid property list.");
+  EXPECT_EQ(error(nestedBinaryList(300, 1)), mismatch("Dictionary<String, Any>", "[]", "an array"));
+  EXPECT_EQ(error(nestedBinaryList(5000, 1)), corrupted);
+  EXPECT_EQ(error(nestedBinaryList(40, 2)), corrupted);
+  std::string deep;
+  for (int level = 0; level < 300000; ++level) deep += "<array>";
+  EXPECT_EQ(error(propertyList(deep)), corrupted);
+}
+
 TEST(PropertyList, AbsentKeysKeepTheirDefault) {
   const auto decoded = decodePropertyList<Outer>(propertyList("<dict><key>name</key><string>é&amp;</string></dict>"));
   ASSERT_TRUE(decoded.ok()) << decoded.error();
