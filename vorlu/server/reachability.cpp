@@ -9,6 +9,7 @@
 
 #include "vorlu/server/catalog_fetch.h"
 #include "vorlu/server/key_material.h"
+#include "vorlu/server/reply_body.h"
 #include "vorlu/server/server_texts.h"
 #include "vorlu/state/json.h"
 #include "vorlu/state/paths.h"
@@ -75,24 +76,10 @@ std::string uncachedUrl(std::string url, Seconds now) {
   return fmt::format("{}nocache={:.6f}", url, now);
 }
 
-/// The body of an answer, or the warning that tells why there is none.
-Result<std::string> timestampBody(UrlReply reply) {
-  if (!reply.data) {
-    return Failure{
-        "Warning: No data was received from the server request whilst gathering Vorlu certificate information"};
-  }
-  if (!reply.response) {
-    return Failure{
-        "Warning: No response was received from the server request whilst gathering Vorlu certificate information"};
-  }
-  if (reply.error) {
-    return Failure{
-        fmt::format("Warning: An error was received from the server request whilst gathering Vorlu "
-                    "certificate information - {}",
-                    *reply.error)};
-  }
-  return std::move(*reply.data);
-}
+constexpr ReplyTexts timestampTexts = {
+    "Warning: No data was received from the server request whilst gathering Vorlu certificate information",
+    "Warning: No response was received from the server request whilst gathering Vorlu certificate information",
+    "Warning: An error was received from the server request whilst gathering Vorlu certificate information - {}"};
 
 }  // namespace
 
@@ -127,7 +114,7 @@ std::optional<std::int64_t> fetchCertificateTimestamp(Vorlu& vorlu) {
   request.url = uncachedUrl(decryptString(vorlu, SiteText::timestampURL), vorlu.platform.clock.now());
   request.method = decryptString(vorlu, SiteText::requestMethod);
   request.ignoreCache = true;
-  Result<std::string> body = timestampBody(vorlu.platform.urls.send(request));
+  Result<std::string> body = replyBody(vorlu.platform.urls.send(request), timestampTexts);
   if (!body) {
     vorlu.log(body.error());
     return std::nullopt;

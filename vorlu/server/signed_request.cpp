@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "vorlu/server/key_material.h"
+#include "vorlu/server/reply_body.h"
 #include "vorlu/server/server_texts.h"
 #include "vorlu/state/encoding.h"
 #include "vorlu/state/end_run.h"
@@ -61,20 +62,29 @@ std::optional<ServerUrl> parsedUrl(std::string_view url) {
   return ServerUrl{fmt::format("{}://{}", url.substr(0, schemeEnd), host), std::string(path)};
 }
 
-/// The body of an answer, or the warning that tells why there is none.
-Result<std::string> bodyOf(UrlReply reply) {
-  if (!reply.data) {
-    return Failure{"Warning: No data was received from the server whilst attempting to gather Vorlu server data."};
+constexpr ReplyTexts secretsTexts = {
+    "Warning: No data was received from the server whilst attempting to gather Vorlu server data.",
+    "Warning: No response was received from the server whilst attempting to gather Vorlu server data.",
+    "Warning: An error was received from the server whilst attempting to gather Vorlu server data - {}."};
+
+constexpr ReplyTexts manifestTexts = {
+    "Error: No data was received from the server whilst attempting to gather Vorlu components data",
+    "Error: No response was received from the server whilst attempting to gather Vorlu components data",
+    "Error: An error was received from the server whilst attempting to gather Vorlu components data - {}"};
+
+/// The answer to a signed request for `base` and `path`; ends the run with 1 when no URL can be made.
+UrlReply sendSigned(Vorlu& vorlu, const ServerUrl& server, const std::string& secret) {
+  const auto url = makeSignedURL(vorlu, server.base, secret, urlLifetime, server.path);
+  if (!url || url->empty()) {
+    vorlu.log(fmt::format("Error: Can not generate Vorlu server URL. If this issue persists contact {}",
+                          vorlu.site.supportContact()));
+    endRun(vorlu, 1);
   }
-  if (!reply.response) {
-    return Failure{"Warning: No response was received from the server whilst attempting to gather Vorlu server data."};
-  }
-  if (reply.error) {
-    return Failure{fmt::format(
-        "Warning: An error was received from the server whilst attempting to gather Vorlu server data - {}.",
-        *reply.error)};
-  }
-  return std::move(*reply.data);
+  UrlRequest request;
+  request.url = *url;
+  request.method = decryptString(vorlu, SiteText::requestMethod);
+  request.ignoreCache = true;
+  return vorlu.platform.urls.send(request);
 }
 
 }  // namespace
@@ -108,19 +118,8 @@ void fetchServerData(Vorlu& vorlu) {
   keys.serverSec.clear();
 
   const std::string& secret = loadSigningSecret(vorlu);
-  const auto url = makeSignedURL(vorlu, decryptString(vorlu, SiteText::serverDataURL), secret, urlLifetime,
-                                 decryptString(vorlu, SiteText::serverDataPath));
-  if (!url || url->empty()) {
-    vorlu.log(fmt::format("Error: Can not generate Vorlu server URL. If this issue persists contact {}",
-                          vorlu.site.supportContact()));
-    endRun(vorlu, 1);
-  }
-
-  UrlRequest request;
-  request.url = *url;
-  request.method = decryptString(vorlu, SiteText::requestMethod);
-  request.ignoreCache = true;
-  Result<std::string> body = bodyOf(vorlu.platform.urls.send(request));
+  const ServerUrl server{decryptString(vorlu, SiteText::serverDataURL), decryptString(vorlu, SiteText::serverDataPath)};
+  Result<std::string> body = replyBody(sendSigned(vorlu, server, secret), secretsTexts);
   if (!body) {
     vorlu.log(body.error());
     return;
@@ -133,6 +132,24 @@ void fetchServerData(Vorlu& vorlu) {
   keys.serverData = std::move(answer->data).value_or("");
   keys.serverSignature = std::move(answer->signature).value_or("");
   keys.serverSec = std::move(answer->sec).value_or("");
+}
+
+std::vector<SelfUpdateStruct> fetchComponentManifest(Vorlu& vorlu) {
+  const std::string url = fetchInventoryValue(vorlu, selfUpdates, false);
+  const std::string token = fetchInventoryValue(vorlu, selfUpdates, true);
+  const auto server = splitServerURL(vorlu, url);
+  if (!server) exitProcess(1);
+  Result<std::string> body = replyBody(sendSigned(vorlu, *server, token), manifestTexts);
+  if (!body) {
+    vorlu.log(body.error());
+    return {};
+  }
+  auto manifest = decodeJson<std::vector<SelfUpdateStruct>>(std::move(*body));
+  if (!manifest) {
+    vorlu.log(fmt::format("Data decode failed {}", manifest.error()));
+    return {};
+  }
+  return std::move(*manifest);
 }
 
 }  // namespace vorlu

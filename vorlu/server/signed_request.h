@@ -3,6 +3,9 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "vorlu/server/self_update_manifest.h"
 
 namespace vorlu {
 
@@ -22,5 +25,9 @@ std::optional<ServerUrl> splitServerURL(Vorlu& vorlu, const std::string& url);
 /// Asks for the key material and fills `keys.serverData`, `serverSignature` and `serverSec`; they stay empty on a
 /// failure.
 void fetchServerData(Vorlu& vorlu);
+
+/// Asks for the manifest of the agent and its components; empty, with a logged error, when it can't be had. Ends the
+/// run with 1 when the inventory's URL is none.
+std::vector<SelfUpdateStruct> fetchComponentManifest(Vorlu& vorlu);
 
 }  // namespace vorlu
