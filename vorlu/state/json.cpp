@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <nlohmann/json.hpp>
 
 namespace vorlu {
@@ -41,13 +42,22 @@ NodeKind kindOf(ondemand::json_type type) {
   return NodeKind::null;
 }
 
-/// The text of a string token, where it stands in the document; nothing when it has escapes, which need a copy. `token`
-/// begins at the opening quote and may reach beyond the closing one.
-std::optional<std::string_view> plainText(const char* token) {
+/// The text of a string token of `size` bytes, where it stands in the document; nothing when it has escapes, which need
+/// a copy. `token` begins at the opening quote and reaches at least to the closing one.
+std::optional<std::string_view> plainText(const char* token, std::size_t size) {
   const char* const begin = token + 1;
+  const auto* const end = static_cast<const char*>(std::memchr(begin, '"', size - 1));
+  if (end == nullptr) return std::nullopt;
+  const auto length = static_cast<std::size_t>(end - begin);
+  if (std::memchr(begin, '\\', length) != nullptr) return std::nullopt;
+  return std::string_view(begin, length);
+}
+
+/// The same for a key, whose closing quote is near.
+std::optional<std::string_view> plainKey(const char* begin) {
   const char* end = begin;
-  while (*end != '"') {
-    if (*end++ == '\\') return std::nullopt;
+  for (; *end != '"'; ++end) {
+    if (*end == '\\') return std::nullopt;
   }
   return std::string_view(begin, static_cast<std::size_t>(end - begin));
 }
@@ -67,7 +77,8 @@ class JsonNode : public Node {
     return static_cast<std::int64_t>(number);
   }
   std::string_view text() override {
-    const auto plain = plainText(value_.raw_json_token().data());
+    const std::string_view token = value_.raw_json_token();
+    const auto plain = plainText(token.data(), token.size());
     return plain ? *plain : orThrow(value_.get_string());
   }
 
@@ -80,8 +91,7 @@ class JsonNode : public Node {
 
   void forEachMember(const std::function<void(std::string_view, Node&)>& read) override {
     for (auto member : orThrow(value_.get_object())) {
-      // The raw key points behind its opening quote.
-      const auto plain = plainText(orThrow(member.key()).raw() - 1);
+      const auto plain = plainKey(orThrow(member.key()).raw());
       const std::string_view key = plain ? *plain : orThrow(member.unescaped_key());
       JsonNode child(orThrow(member.value()));
       read(key, child);

@@ -26,6 +26,10 @@ class Node {
   virtual std::string_view text() = 0;
   virtual void forEachElement(const std::function<void(Node&)>& read) = 0;
   virtual void forEachMember(const std::function<void(std::string_view key, Node&)>& read) = 0;
+  /// Whether `member` can be asked: the document was parsed whole.
+  virtual bool hasRandomAccess() { return false; }
+  /// Hands the value of a key of a dictionary to `read`; false when there is none.
+  virtual bool member(std::string_view /*key*/, const std::function<void(Node&)>& /*read*/) { return false; }
   /// Passes over the value, which must still be well formed.
   virtual void skip() = 0;
 };

@@ -90,6 +90,13 @@ class PlistNode : public Node {
       read(key, child);
     }
   }
+  bool hasRandomAccess() override { return true; }
+  bool member(std::string_view key, const std::function<void(Node&)>& read) override {
+    PlistNode child(plist_dict_get_item(node_, std::string(key).c_str()));
+    if (child.node_ == nullptr) return false;
+    read(child);
+    return true;
+  }
   void skip() override {}
 
  private:

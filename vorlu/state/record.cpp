@@ -27,7 +27,8 @@ std::string_view describe(NodeKind kind) {
 
 std::string CodingPath::text() const {
   std::string text = "[";
-  for (const Step& step : steps_) {
+  for (std::size_t depth = 0; depth < depth_; ++depth) {
+    const Step& step = steps_[depth];
     if (text.size() > 1) text += ", ";
     text += step.index < 0 ? fmt::format("\"{}\"", step.key) : fmt::format("\"Index {}\"", step.index);
   }

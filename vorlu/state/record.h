@@ -23,12 +23,13 @@
 /// ignored; a wrong type fails the whole document. Encoding keeps the order of the list and writes present fields only.
 namespace vorlu {
 
-/// Where in a document a value stands: keys by name, elements by index.
+/// Where in a document a value stands: keys by name, elements by index. Records nest a few levels deep, as their types
+/// do.
 class CodingPath {
  public:
-  void enter(std::string_view key) { steps_.push_back({key, -1}); }
-  void enter(std::int64_t index) { steps_.push_back({{}, index}); }
-  void leave() { steps_.pop_back(); }
+  void enter(std::string_view key) { steps_[depth_++] = {key, -1}; }
+  void enter(std::int64_t index) { steps_[depth_++] = {{}, index}; }
+  void leave() { --depth_; }
   /// As messages quote it: `["Index 3", "mode"]`.
   std::string text() const;
 
@@ -37,7 +38,8 @@ class CodingPath {
     std::string_view key;
     std::int64_t index;
   };
-  std::vector<Step> steps_;
+  std::array<Step, 16> steps_;
+  std::size_t depth_ = 0;
 };
 
 /// Why a document can't be decoded; the text is the one that messages quote.
@@ -142,12 +144,26 @@ constexpr FieldOf<detail::ClassOf<Member>> requiredField(std::string_view key) {
   return made;
 }
 
+/// Asks the node for each key of the list.
+template <Record T, class List>
+void decodeByKey(T& record, Node& node, CodingPath& path, const List& list) {
+  for (const auto& entry : list) {
+    const bool found = node.member(entry.key, [&](Node& child) {
+      path.enter(entry.key);
+      entry.decode(record, child, path);
+      path.leave();
+    });
+    if (!found && entry.required) throw DecodingError::keyNotFound(entry.key, path);
+  }
+}
+
 template <Record T>
 void decodeValue(T& record, Node& node, CodingPath& path) {
   static constexpr auto list = T::fields();
   if (node.kind() != NodeKind::dictionary) {
     throw DecodingError::typeMismatch("Dictionary<String, Any>", node.kind(), path);
   }
+  if (node.hasRandomAccess()) return decodeByKey(record, node, path, list);
   std::array<bool, list.size()> seen{};
   std::size_t next = 0;  // keys mostly come in the order of the list
   node.forEachMember([&](std::string_view key, Node& child) {

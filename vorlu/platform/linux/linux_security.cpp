@@ -100,8 +100,8 @@ LinuxSecurity::~LinuxSecurity() {
 std::shared_ptr<evp_pkey_st> LinuxSecurity::privateKey(std::string_view der) {
   const std::scoped_lock lock(mutex_);
   if (lastKey_ && lastDer_ == der) return lastKey_;
-  const unsigned char* at = bytes(der);
-  Key key = rsaOnly(d2i_AutoPrivateKey(nullptr, &at, static_cast<long>(der.size())));
+  const unsigned char* at = bytes(der);  // asked for RSA alone, the library doesn't try all the kinds that it knows
+  Key key = rsaOnly(d2i_PrivateKey(EVP_PKEY_RSA, nullptr, &at, static_cast<long>(der.size())));
   if (!key) return nullptr;
   OPENSSL_cleanse(lastDer_.data(), lastDer_.size());
   lastDer_ = der;
