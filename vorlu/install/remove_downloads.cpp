@@ -6,7 +6,6 @@
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
-namespace {
 
 void removeItem(Vorlu& vorlu, const std::string& path) {
   const Status removed = vorlu.platform.files.remove(path);
@@ -14,8 +13,6 @@ void removeItem(Vorlu& vorlu, const std::string& path) {
   vorlu.log(fmt::format("Could not remove file at path: {}", path));
   vorlu.log(fmt::format("Error information: {}", removed.error()));
 }
-
-}  // namespace
 
 void emptyOutput(Vorlu& vorlu) {
   const auto entries = vorlu.platform.files.list(paths::output);
