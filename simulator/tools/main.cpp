@@ -1,5 +1,6 @@
 // sim-tools: the stand-ins of the simulated Mac that are programs, not scripts. Called by its own name it does what the
-// scripts need: `log-call NAME ARGUMENT…`, `now`, `wait SECONDS`, `binary-plist FILE`.
+// scripts need: `log-call NAME ARGUMENT…`, `log-note NAME TEXT`, `now`, `wait SECONDS`, `binary-plist FILE`,
+// `plist-text FILE KEY`.
 
 #include <fmt/format.h>
 
@@ -17,10 +18,22 @@ namespace {
 
 using vorlu::simulator::Arguments;
 
+// Prints a text of a property list; false, and nothing printed, without one.
+int printText(const std::string& path, const std::string& key) {
+  const auto texts = vorlu::simulator::readTexts(path);
+  if (!texts || !texts->contains(key)) return 1;
+  fmt::print("{}\n", texts->at(key));
+  return 0;
+}
+
 int help(const Arguments& arguments) {
   const std::string verb = arguments.empty() ? "" : arguments[0];
   if (verb == "log-call" && arguments.size() >= 2) {
     vorlu::simulator::logCall(arguments[1], {arguments.begin() + 2, arguments.end()});
+    return 0;
+  }
+  if (verb == "log-note" && arguments.size() == 3) {
+    vorlu::simulator::logNote(arguments[1], arguments[2]);
     return 0;
   }
   if (verb == "now") {
@@ -32,7 +45,10 @@ int help(const Arguments& arguments) {
     return 0;
   }
   if (verb == "binary-plist" && arguments.size() == 2) return vorlu::simulator::makeBinary(arguments[1]) ? 0 : 1;
-  fmt::print(stderr, "usage: sim-tools log-call NAME ARGUMENT... | now | wait SECONDS | binary-plist FILE\n");
+  if (verb == "plist-text" && arguments.size() == 3) return printText(arguments[1], arguments[2]);
+  fmt::print(stderr,
+             "usage: sim-tools log-call NAME ARGUMENT... | log-note NAME TEXT | now | wait SECONDS | binary-plist FILE "
+             "| plist-text FILE KEY\n");
   return 2;
 }
 

@@ -50,6 +50,20 @@ class SimulatorTest : public SimulatedMacTest {
 
   bool isRunning(const std::string& name) { return mac().run({"pgrep", "-f", "/Contents/MacOS/" + name}).status == 0; }
 
+  // Packs Slides.app, version 2.0, into an installer at a path of the Mac.
+  void pack(const std::string& type, const std::string& out, std::vector<std::string> options = {}) {
+    const std::string folder = "/private/tmp/shelf";
+    if (!fs::exists(mac().path(folder))) mac().addApplication("Slides", "2.0", "com.example.slides", {}, folder);
+    options.insert(options.begin(), {sourceFile("simulator/make-installer"), type, mac().path(out)});
+    options.push_back(mac().path(folder + "/Slides.app"));
+    const Outcome made = runOnMachine(options);
+    ASSERT_EQ(made.status, 0) << made.output;
+  }
+
+  std::string receiptText(const std::string& receipt, const std::string& key) {
+    return mac().run({"/usr/libexec/simulator/sim-tools", "plist-text", "/var/db/receipts/" + receipt, key}).output;
+  }
+
   // False where all users of the Mac share the id of the one who booted it.
   bool hasRealUsers() { return mac().run({"grep", "-q", "4294967295", "/proc/self/uid_map"}).status == 0; }
 
@@ -246,6 +260,150 @@ TEST_F(SimulatorTest, SignaturesTravelInArchives) {
     EXPECT_TRUE(isRunning("Plain"));
     mac().run({"killall", "Plain"});
   }
+}
+
+TEST_F(SimulatorTest, EveryTypeOfInstallerHoldsTheApplication) {
+  const std::string mounted = " >/dev/null && cd /Volumes/Slides";
+  const std::string attach = "hdiutil attach -nobrowse in" + mounted;
+  const std::string convert = "hdiutil convert -quiet in -format UDTO -o in && hdiutil attach in.cdr" + mounted;
+  const std::string install = "installer -pkg Slides.pkg -target / >/dev/null && cd /Applications";
+  const std::string unpack = "tar -xf in";
+  const std::string then = " && ";
+  const std::vector<std::pair<std::string, std::string>> types = {
+      {"pkg", "mv in Slides.pkg" + then + install},
+      {"dmg", attach},
+      {"dmgWithEULA", convert},
+      {"pkgInDMG", attach + then + install},
+      {"pkgInDMGWithEULA", convert + then + install},
+      {"zip", unpack},
+      {"tbz", unpack},
+      {"zipInTBZ", unpack + then + "tar -xf Slides.zip"},
+      {"pkgInZIP", unpack + then + install},
+      {"dmgInZIP", unpack + then + "mv Slides.dmg in" + then + attach},
+      {"dmgWithEULAInZIP", unpack + then + "mv Slides.dmg in" + then + convert},
+  };
+  for (const auto& [type, open] : types) {
+    SCOPED_TRACE(type);
+    fs::create_directory(mac().path("/private/tmp/work"));
+    pack(type, "/private/tmp/work/in");
+    const Outcome opened = mac().shell("cd /private/tmp/work && " + open + " && codesign -dv --verbose=4 Slides.app");
+    EXPECT_THAT(opened.output, HasSubstr("Authority=Developer ID Application: Example Corp (EXMPL12345)\n"));
+    EXPECT_EQ(
+        mac().shell("rm -rf /Applications/*(N) /tmp/work; [[ ! -e /Volumes/Slides ]] || hdiutil detach disk4").status,
+        0);
+  }
+}
+
+TEST_F(SimulatorTest, ImagesAttachUnderTheirOwnNames) {
+  const std::string disk =
+      "/dev/disk{0}             \tApple_partition_scheme        \t\n"
+      "/dev/disk{0}s1           \tApple_HFS                     \t/Volumes/{1}\n";
+  pack("dmg", "/private/tmp/a.dmg", {"--name", "My Ünï Slides"});
+  pack("pkgInDMG", "/private/tmp/b.dmg", {"--name", "My Ünï Slides"});
+  pack("dmgWithEULA", "/private/tmp/c.dmg");
+  mac().shell(
+      "head -c 900000 /tmp/a.dmg > /tmp/cut.dmg; print '<html>' > /tmp/page.dmg; "
+      "cp /tmp/a.dmg /tmp/bad.dmg; print -n XXXX | dd of=/tmp/bad.dmg bs=1 seek=400000 conv=notrunc");
+  const std::string unknown = "hdiutil: attach failed - image not recognized\n";
+  const std::vector<std::pair<std::string, std::string>> steps = {
+      {"attach -nobrowse /tmp/a.dmg", fmt::format(fmt::runtime(disk), 4, "My Ünï Slides")},
+      {"attach -nobrowse /tmp/b.dmg", fmt::format(fmt::runtime(disk), 5, "My Ünï Slides 1")},
+      {"attach -nobrowse /tmp/a.dmg", fmt::format(fmt::runtime(disk), 4, "My Ünï Slides")},
+      {"attach -nobrowse /tmp/c.dmg",
+       "Licence of Slides: you may use it.\nAgree Y/N? hdiutil: attach failed - Operation canceled\n"},
+      {"convert /tmp/c.dmg -format UDTO -o /tmp/c", "created: /tmp/c.cdr\n"},
+      {"convert /tmp/c.dmg -format UDTO -o /tmp/c", "hdiutil: convert failed - File exists\n"},
+      {"convert -quiet /tmp/page.dmg -format UDTO -o /tmp/page", ""},
+      {"attach /tmp/c.cdr", fmt::format(fmt::runtime(disk), 6, "Slides")},
+      {"attach /tmp/cut.dmg", unknown},
+      {"attach /tmp/page.dmg", unknown},
+      {"attach /tmp/bad.dmg", unknown},
+      {"attach /tmp/none.dmg", "hdiutil: attach failed - No such file or directory\n"},
+      {"detach '/Volumes/My Ünï Slides'", "\"disk4\" ejected.\n"},
+      {"detach '/Volumes/My Ünï Slides'", "hdiutil: detach failed - No such file or directory\n"},
+  };
+  for (const auto& [arguments, output] : steps) EXPECT_EQ(mac().shell("hdiutil " + arguments).output, output);
+  EXPECT_EQ(mac().run({"ls", "/Volumes"}).output, "My Ünï Slides 1\nSlides\n");
+  mac().shell("cd /Volumes/Slides; touch new; hdiutil detach /Volumes/Slides || hdiutil detach -force /Volumes/Slides");
+  EXPECT_EQ(mac().toolCalls().back(), "hdiutil: /Volumes/Slides is read-only, but was changed");
+  mac().shutdown();
+  EXPECT_TRUE(fs::is_empty(mac().path("/Volumes")));
+}
+
+TEST_F(SimulatorTest, PackagesRunTheirScriptsAndLeaveReceipts) {
+  const auto script = [&](const std::string& name, const std::string& text) {
+    mac().write("/private/tmp/" + name, "#!/bin/zsh\n" + text);
+    return mac().path("/private/tmp/" + name);
+  };
+  const std::string failing = script("failing", "exit 3\n");
+  pack("pkg", "/private/tmp/good.pkg",
+       {"--preinstall", script("before", "print before $*; ls /Applications\n"), "--postinstall",
+        script("after", "print after $*; ls /Applications; sleep 300 &!\n"), "--id", "com.example.good"});
+  pack("pkg", "/private/tmp/early.pkg", {"--preinstall", failing, "--id", "com.example.early", "--unsigned"});
+  pack("pkg", "/private/tmp/late.pkg", {"--postinstall", failing, "--id", "com.example.late"});
+  mac().shell("head -c 100000 /tmp/good.pkg > /tmp/cut.pkg");
+  struct Case {
+    std::string package, end;
+    int status;
+    bool installed, receipt;
+  };
+  const std::vector<Case> cases = {
+      {"cut", "The install failed. (The package “cut.pkg” is damaged and can’t be opened.)", 1, false, false},
+      {"early", "An error occurred while running scripts from the package “early.pkg”.)", 1, false, false},
+      {"late", "An error occurred while running scripts from the package “late.pkg”.)", 1, true, false},
+      {"good", "installer:%100.000000\ninstaller:PHASE:The software was successfully installed.\n", 0, true, true},
+  };
+  for (const auto& [package, end, status, installed, receipt] : cases) {
+    SCOPED_TRACE(package);
+    const Outcome outcome = mac().run({"installer", "-verboseR", "-pkg", "/tmp/" + package + ".pkg", "-target", "/"});
+    EXPECT_EQ(outcome.status, status);
+    EXPECT_THAT(outcome.output, HasSubstr(end));
+    EXPECT_EQ(fs::exists(mac().path("/Applications/Slides.app/Contents/Info.plist")), installed);
+    EXPECT_EQ(fs::exists(mac().path("/private/var/db/receipts/com.example." + package + ".plist")), receipt);
+    fs::remove_all(mac().path("/Applications/Slides.app"));
+  }
+  EXPECT_EQ(mac().read("/private/var/log/install.log"),
+            "before /tmp/good.pkg /Applications / /\nafter /tmp/good.pkg /Applications / /\nSlides.app\n");
+  EXPECT_EQ(receiptText("com.example.good.plist", "PackageVersion"), "2.0\n");
+  EXPECT_EQ(receiptText("com.example.good.plist", "InstallPrefixPath"), "Applications\n");
+  EXPECT_EQ(mac().shell("ls -d /tmp/PKInstallSandbox*").status, 1);
+  EXPECT_THAT(mac().run({"pkgutil", "--check-signature", "/tmp/good.pkg"}).output,
+              HasSubstr("1. Developer ID Installer: Example Corp (EXMPL12345)\n"));
+  EXPECT_EQ(mac().run({"pkgutil", "--check-signature", "/tmp/early.pkg"}).output,
+            "Package \"early.pkg\":\n   Status: no signature\n");
+}
+
+TEST_F(SimulatorTest, ChoicesDecideWhatAPackageInstalls) {
+  mac().addApplication("Mike's \"Draw\" & Co", "1.0", "com.example.draw", {}, "/private/tmp/shelf2");
+  pack("pkg", "/private/tmp/suite.pkg",
+       {"--separate", "--unselected", "Slides", mac().path("/private/tmp/shelf2/Mike's \"Draw\" & Co.app")});
+  const auto choice = [](const std::string& name, const std::string& setting) {
+    return fmt::format(
+        "<dict><key>attributeSetting</key>{}<key>choiceAttribute</key><string>selected</string>"
+        "<key>choiceIdentifier</key><string>{}</string></dict>",
+        setting, name);
+  };
+  const std::string draw = "Mike's \"Draw\" &amp; Co", drawApp = "Mike's \"Draw\" & Co.app\n";
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"", drawApp},
+      {choice("Slides", "<integer>1</integer>"), drawApp + "Slides.app\n"},
+      {choice("Slides", "<true/>") + choice(draw, "<integer>0</integer>"), "Slides.app\n"},
+      {choice(draw, "<false/>"), ""},
+  };
+  for (const auto& [changes, installed] : cases) {
+    SCOPED_TRACE(changes);
+    mac().write("/private/tmp/choices.xml", "<plist version=\"1.0\"><array>" + changes + "</array></plist>");
+    EXPECT_EQ(mac().shell("installer -applyChoiceChangesXML /tmp/choices.xml -pkg /tmp/suite.pkg -target /").status, 0);
+    EXPECT_EQ(mac().shell("ls /Applications; rm -rf /Applications/*(N)").output, installed);
+  }
+}
+
+TEST_F(SimulatorTest, NetworkQualityComesFromTheHostFile) {
+  mac().setHost("downlinkMbps", "87.5");
+  EXPECT_THAT(mac().shell("networkQuality -s -v -c").output, HasSubstr("\"dl_throughput\": 87500000,"));
+  EXPECT_THAT(mac().shell("networkQuality").output, HasSubstr("\nDownlink capacity: 87.500 Mbps - "));
+  mac().setHost("downlinkMbps", "null");
+  EXPECT_EQ(mac().shell("networkQuality -s -v -c 2>/dev/null; print $?").output, "1\n");
 }
 
 TEST_F(SimulatorTest, DialogTakesItsAnswersInOrder) {

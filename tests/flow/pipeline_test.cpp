@@ -40,8 +40,7 @@ TEST_F(PipelineFlow, UpdatesByHash) {
   EXPECT_EQ(update(), InstallOutcome::installed);
   EXPECT_THAT(messages(), ElementsAreArray(linesOfUpdate("Slides", *app.universalInstallerHash)));
   const std::string file = paths::downloads + "/Slides-v2.0.zip";
-  EXPECT_THAT(tools(), ElementsAre("/usr/bin/tar --numeric-owner -tvf '" + file + "'",
-                                   "/usr/bin/tar -xf '" + file + "' -C '" + paths::output + "'"));
+  EXPECT_THAT(tools(), ElementsAre("/usr/bin/tar -xf '" + file + "' -C '" + paths::output + "'"));
   EXPECT_EQ(installedVersion("Slides"), "2.0");
   EXPECT_THAT(leftovers(), IsEmpty());
   EXPECT_THAT(*mac.files.list("/Applications"), ElementsAre("Slides.app"));
@@ -119,7 +118,8 @@ TEST_F(PipelineFlow, EachRefusalHasItsLinesAndLeavesNothing) {
          serve(app, "login page");
          app.universalInstallerHash = wrong;
        },
-       {"Error: Could not extract " + paths::downloads + "/Slides-v2.0.zip - it is damaged or no archive",
+       {"Error: Could not extract " + paths::downloads +
+            "/Slides-v2.0.zip - bsdtar: Error opening archive: Unrecognized archive format",
         "Error: No valid installers were found for Slides",
         fmt::format("Please contact {} for further assistance", site.supportContact()), "Removing downloads...",
         "Allowing idle sleep..."},
@@ -371,7 +371,7 @@ TEST_F(PipelineFlow, CopesWithNamesThatShellsAndPathsMisread) {
   }
 }
 
-TEST_F(PipelineFlow, RunsScriptsAroundTheCopyAndTicks) {
+TEST_F(PipelineFlow, RunsScriptsAroundTheCopy) {
   AppBlueprints& app = addToCatalog("Slides");
   install("Slides");
   app.preInstallScript = "#!/bin/bash\nif true; then\necho a;\nfi\nexit 0";
@@ -381,19 +381,13 @@ TEST_F(PipelineFlow, RunsScriptsAroundTheCopyAndTicks) {
   mac.processes.on("/bin/bash -c 'if true; then echo a;fi'",
                    {.output = "", .status = 1, .effect = noteVersion, .pieces = {"one\ntw", "o\n\n  \n", "three"}});
   mac.processes.on("zsh: case x in;x) echo done ;;esac", {.output = "", .effect = noteVersion, .timedOut = true});
-  mac.makeFolder(paths::components);
-  InstallRequest request = updateOf("Slides");
-  request.writeProgress = true;
-  EXPECT_EQ(runInstallPipeline(vorlu, request), InstallOutcome::installed);
+  EXPECT_EQ(update(), InstallOutcome::installed);
   EXPECT_THAT(versions, ElementsAre("1.0", "2.0"));
   const Lines lines = messages();
   const auto from = std::find(lines.begin(), lines.end(), "Running pre-install scripts...");
   EXPECT_THAT(Lines(from, lines.end() - 3),
               ElementsAre("Running pre-install scripts...", "one", "two", "three", "Running post-install scripts...",
                           "Error: /bin/zsh did not end within 1800 seconds and was stopped"));
-  std::string bar;
-  for (int n = 1; n <= 16; ++n) bar += fmt::format("progress: {}\n", n);
-  EXPECT_EQ(mac.read(paths::dialogCommandFile), bar);
 }
 
 TEST_F(PipelineFlow, FullDiskAtAnyWriteLeavesAWorkingApp) {

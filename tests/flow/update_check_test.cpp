@@ -289,7 +289,7 @@ TEST_F(UpdateCheckTest, AWalkReadsEachApplicationOnce) {
   Platform counted{platform.clock,     counting,          platform.processes,   platform.urls,
                    platform.security,  platform.keychain, platform.consoleUser, platform.device,
                    platform.power,     platform.cameras,  platform.focus,       platform.applications,
-                   platform.systemLog, platform.console};
+                   platform.systemLog, platform.console,  platform.webView};
   Vorlu other(counted, site);
   setCatalog("[" + bundle("Current", "2.0") + "," + bundle("Old", "1.9") + "," + bundle("Older", "1") + "," +
              bundle("Absent", "1", R"("appPrefixName":"Nothing")") + "," +

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cerrno>
 #include <limits>
 #include <string>
@@ -31,6 +32,7 @@ class FaultyFileManager : public FileManager {
   }
   Result<std::vector<std::string>> list(const std::string& path) override { return real_.list(path); }
   Result<std::vector<TreeItem>> enumerate(const std::string& root) override { return real_.enumerate(root); }
+  Result<std::string> linkTarget(const std::string& path) override { return real_.linkTarget(path); }
   Status remove(const std::string& path) override { return real_.remove(path); }
   Status setOwnership(const std::string& path, std::optional<mode_t> mode, const std::string& owner,
                       const std::string& group) override {
@@ -57,7 +59,7 @@ class FaultyFileManager : public FileManager {
   Failure failure(const std::string& path) const;
 
   FileManager& real_;
-  int writes_ = 0;
+  std::atomic<int> writes_ = 0;
   int first_ = 0;
   int last_ = 0;
   int error_ = 0;

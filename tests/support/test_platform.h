@@ -1,6 +1,8 @@
 #pragma once
 
+#include <map>
 #include <string>
+#include <vector>
 
 #include "tests/support/fake_host.h"
 #include "tests/support/faulty_file_manager.h"
@@ -17,6 +19,17 @@
 #include "vorlu/platform/platform.h"
 
 namespace vorlu::test {
+
+/// Pages by URL; any other page is one that never ends.
+struct FakeWebView : WebView {
+  std::map<std::string, std::string> pages;
+  std::vector<std::string> userAgents;  ///< of each load
+  std::optional<std::string> outerHTML(const std::string& url, const std::string& userAgent) override {
+    userAgents.push_back(userAgent);
+    const auto page = pages.find(url);
+    return page == pages.end() ? std::nullopt : std::optional(page->second);
+  }
+};
 
 /// A Mac for one test: a temporary folder as its root with the usual folders (and /var, /tmp, /etc as links into
 /// /private), real files, transfers, ciphers and keychain, and everything else scripted.
@@ -58,10 +71,11 @@ class TestPlatform {
   FakeRunningApplications applications;
   RecordingSystemLog systemLog;
   RecordingConsole console;
+  FakeWebView webView;
 
  private:
-  Platform platform_{clock,  files, processes, urls,  security,     keychain,  consoleUser,
-                     device, power, cameras,   focus, applications, systemLog, console};
+  Platform platform_{clock, files,   processes, urls,         security,  keychain, consoleUser, device,
+                     power, cameras, focus,     applications, systemLog, console,  webView};
 };
 
 }  // namespace vorlu::test

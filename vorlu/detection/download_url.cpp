@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "vorlu/detection/catalog_script.h"
+#include "vorlu/detection/web_scraper.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -13,18 +14,20 @@ struct BuildFields {
   std::string_view caseWord;
   const std::string& fixedURL;
   const std::string& script;
+  const std::string& regex;
 };
 
 BuildFields fieldsOf(const CurrentApp& app, DownloadCase build) {
   switch (build) {
     case DownloadCase::intel:
-      return {"Intel", app.intelDownloadURL, app.intelDownloadURLCode};
+      return {"Intel", app.intelDownloadURL, app.intelDownloadURLCode, app.javascriptScrapeIntelRegex};
     case DownloadCase::appleSilicon:
-      return {"Apple Silicon", app.appleSiliconDownloadURL, app.siliconDownloadURLCode};
+      return {"Apple Silicon", app.appleSiliconDownloadURL, app.siliconDownloadURLCode,
+              app.javascriptScrapeSiliconRegex};
     case DownloadCase::universal:
       break;
   }
-  return {"universal", app.universalDownloadURL, app.universalDownloadURLCode};
+  return {"universal", app.universalDownloadURL, app.universalDownloadURLCode, app.javascriptScrapeUniversalRegex};
 }
 
 }  // namespace
@@ -36,7 +39,7 @@ std::optional<std::string> resolveDownloadURL(Vorlu& vorlu, DownloadCase build) 
   vorlu.log(fmt::format("Obtaining {} {} download URL...", fields.caseWord, app.appName));
   std::string url;
   if (!app.javascriptScrapeURL.empty()) {
-    vorlu.log(fmt::format("This build has no web view to search {} for a download URL", app.javascriptScrapeURL));
+    url = scrapeDownloadURL(vorlu, app.javascriptScrapeURL, fields.regex).value_or("");
   } else if (!fields.script.empty()) {
     url = runScriptForOutput(vorlu, fields.script);
   } else {

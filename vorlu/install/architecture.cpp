@@ -1,12 +1,11 @@
 #include "vorlu/install/architecture.h"
 
-#include <algorithm>
+#include "vorlu/detection/letter_case.h"
 
 namespace vorlu {
 
 bool isArchitecture(const CurrentApp& app, std::string_view lowerCaseWord) {
-  return std::equal(app.architecture.begin(), app.architecture.end(), lowerCaseWord.begin(), lowerCaseWord.end(),
-                    [](char a, char b) { return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b; });
+  return isInAnyCase(app.architecture, lowerCaseWord);
 }
 
 }  // namespace vorlu

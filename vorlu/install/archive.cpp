@@ -2,33 +2,21 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
 #include <vector>
 
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/install/line_reader.h"
 #include "vorlu/install/remove_downloads.h"
+#include "vorlu/install/ticker.h"
 #include "vorlu/install/tool.h"
+#include "vorlu/install/tree_walk.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
 namespace {
-
-Command tar(std::vector<std::string> arguments) {
-  Command command;
-  command.program = "/usr/bin/tar";
-  command.arguments = std::move(arguments);
-  return command;
-}
-
-/// The name column of a listing line: what stands behind mode, links, owner, group, size and the three of the date.
-std::string_view nameColumn(std::string_view line) {
-  for (int column = 0; column < 8; ++column) {
-    line.remove_prefix(std::min(line.find(' '), line.size()));
-    line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
-  }
-  return line;
-}
 
 std::string_view folderOf(std::string_view path) {
   const std::size_t slash = path.rfind('/');
@@ -41,59 +29,71 @@ bool goesUpBehindName(std::string_view target) {
   return name != std::string_view::npos && fmt::format("{}/", target.substr(name)).find("/../") != std::string::npos;
 }
 
-/// Whether a link of the listing may point outside. A name can hold the arrow too, so each place of it counts.
-bool linkLeavesFolder(std::string_view column) {
-  constexpr std::string_view arrow = " -> ";
-  for (std::size_t at = column.find(arrow); at != std::string_view::npos; at = column.find(arrow, at + 1)) {
-    const std::string_view target = column.substr(at + arrow.size());
-    const bool absolute = target.starts_with('/');
-    if (absolute || goesUpBehindName(target)) return true;
-    if (leavesFolder(fmt::format("{}{}", folderOf(column.substr(0, at)), target))) return true;
-  }
-  return false;
-}
-
-/// The same of a hard link, whose target counts from the folder itself.
-bool hardLinkLeavesFolder(std::string_view column) {
-  constexpr std::string_view word = " link to ";
-  for (std::size_t at = column.find(word); at != std::string_view::npos; at = column.find(word, at + 1))
-    if (leavesFolder(column.substr(at + word.size()))) return true;
-  return false;
-}
-
-/// Why the archive may not be unpacked; nothing when it may.
-std::optional<std::string> refusalOfArchive(Vorlu& vorlu, const std::string& path) {
-  std::optional<std::string> refusal;
-  LineReader lines([&](std::string_view line) {
-    if (!refusal) refusal = refusalOfMember(line);
-  });
-  Command listing = tar({"--numeric-owner", "-tvf", path});
-  listing.mergeStandardError = false;
-  listing.onOutput = [&](std::string_view piece) { lines.feed(piece); };
-  const ProcessResult result = runTool(vorlu.platform.processes, vorlu.log, listing);
-  lines.finish();
-  if (!refusal && result.status != 0) refusal = "it is damaged or no archive";
-  return refusal;
-}
-
 /// tar ends with 1 when it could not give a file to the archive's user, which hurts nothing.
 bool isHarmless(std::string_view message) {
-  return message.empty() || message.find(": Can't set user=") != std::string_view::npos ||
-         message.find("Error exit delayed from previous errors") != std::string_view::npos;
+  constexpr std::array harmless = {": Can't set user=", "Error exit delayed from previous errors",
+                                   "Failed to set default locale"};
+  return message.empty() || std::any_of(harmless.begin(), harmless.end(), [message](std::string_view text) {
+           return message.find(text) != std::string_view::npos;
+         });
 }
 
-/// Why the unpacked tree can't be used; nothing when it is whole.
+/// Whether tar has put a member elsewhere than where its name says; it does so without failing.
+bool isMoved(std::string_view message) {
+  return message.find("Removing leading ") != std::string_view::npos;
+}
+
+/// Why the unpacked tree can't be used; nothing when it is whole. tar itself writes nothing outside the folder.
 std::optional<std::string> unpack(Vorlu& vorlu, const std::string& path) {
-  const ProcessResult result = runTool(vorlu.platform.processes, vorlu.log, tar({"-xf", path, "-C", paths::output}));
-  if (result.status == 0) return std::nullopt;
+  Command command;
+  command.program = "/usr/bin/tar";
+  command.arguments = {"-xf", path, "-C", paths::output};
+  const ProcessResult result = runTool(vorlu.platform.processes, vorlu.log, command);
   std::optional<std::string> fault;
   LineReader messages([&](std::string_view line) {
-    if (!fault && !isHarmless(line)) fault = std::string(line);
+    if (!fault && (isMoved(line) || (result.status != 0 && !isHarmless(line)))) fault = std::string(line);
   });
   messages.feed(result.output);
   messages.finish();
-  if (!fault && (result.status != 1 || result.output.empty())) fault = "it could not be unpacked to its end";
+  if (!fault && result.status != 0 && (result.status != 1 || result.output.empty()))
+    fault = "it could not be unpacked to its end";
   return fault;
+}
+
+/// Why something in the Output directory may not stay there; nothing when all may.
+std::optional<std::string> refusalOfTree(FileManager& files) {
+  const Status allowed =
+      walkTree(files, paths::output, [&files](const std::string& path, const FileInfo& info) -> Status {
+        std::string target;
+        if (info.kind == FileKind::link) {
+          auto read = files.linkTarget(path);
+          if (!read) return read.failure();
+          target = std::move(*read);
+        }
+        const auto refusal = refusalOfItem(std::string_view(path).substr(paths::output.size() + 1), info, target);
+        return refusal ? Status(Failure{*refusal}) : success();
+      });
+  return allowed ? std::nullopt : std::optional(allowed.error());
+}
+
+bool extract(Vorlu& vorlu, const std::string& path) {
+  std::optional<std::string> fault = unpack(vorlu, path);
+  if (!fault) fault = refusalOfTree(vorlu.platform.files);
+  if (!fault) {
+    vorlu.log("Extraction complete");
+    return true;
+  }
+  vorlu.log(fmt::format("Error: Could not extract {} - {}", path, trimmed(*fault)));
+  emptyOutput(vorlu);
+  return false;
+}
+
+bool extractBesideTicker(Vorlu& vorlu, const std::string& path, bool showProgress) {
+  if (!showProgress) return extract(vorlu, path);
+  const auto archive = vorlu.platform.files.info(path);
+  bool extracted = false;
+  runWithTicker(vorlu, extractTicker, archive ? archive->size : 0, [&] { extracted = extract(vorlu, path); });
+  return extracted;
 }
 
 }  // namespace
@@ -111,33 +111,39 @@ bool leavesFolder(std::string_view relativePath) {
   return false;
 }
 
-std::optional<std::string> refusalOfMember(std::string_view line) {
-  if (line.size() < 10) return fmt::format("its listing can't be read: {}", line);
-  const std::string_view name = nameColumn(line);
-  const char kind = line[0];
-  const bool directory = kind == 'd';
-  if (std::string_view("bcps").find(kind) != std::string_view::npos) return fmt::format("{} is no file", name);
-  const auto hasBit = [&](std::size_t at) { return line[at] == 's' || line[at] == 'S'; };
-  if (hasBit(3) || (hasBit(6) && !directory)) return fmt::format("{} would run as another user", name);
-  // Parts that go up are refused even where they come down again: the way may lead through a link.
-  const bool goesUp = fmt::format("/{}/", name).find("/../") != std::string::npos && kind != 'l' && kind != 'h';
-  if (goesUp || leavesFolder(name)) return fmt::format("{} lies outside", name);
-  if ((kind == 'l' && linkLeavesFolder(name)) || (kind == 'h' && hardLinkLeavesFolder(name)))
-    return fmt::format("{} points outside", name);
+std::optional<std::string> refusalOfItem(std::string_view path, const FileInfo& info, std::string_view linkTarget) {
+  constexpr mode_t setUser = 04000;
+  constexpr mode_t setGroup = 02000;
+  switch (info.kind) {
+    case FileKind::other:
+      return fmt::format("{} is no file", path);
+    case FileKind::regular:
+      if ((info.mode & (setUser | setGroup)) != 0) return fmt::format("{} would run as another user", path);
+      break;
+    case FileKind::directory:
+      if ((info.mode & setUser) != 0) return fmt::format("{} would run as another user", path);
+      break;
+    case FileKind::link:
+      if (linkTarget.starts_with('/') || goesUpBehindName(linkTarget) ||
+          leavesFolder(fmt::format("{}{}", folderOf(path), linkTarget)))
+        return fmt::format("{} points outside", path);
+      break;
+  }
   return std::nullopt;
 }
 
-void extractArchive(Vorlu& vorlu, const std::string& path) {
+bool extractArchive(Vorlu& vorlu, const std::string& path, bool showProgress) {
   vorlu.platform.files.createDirectory(paths::output, {0755, "root", "wheel"});
   emptyOutput(vorlu);
-  std::optional<std::string> fault = refusalOfArchive(vorlu, path);
-  if (!fault) fault = unpack(vorlu, path);
-  if (!fault) {
-    vorlu.log("Extraction complete");
-    return;
-  }
-  vorlu.log(fmt::format("Error: Could not extract {} - {}", path, trimmed(*fault)));
+  return extractBesideTicker(vorlu, path, showProgress);
+}
+
+bool extractNestedArchive(Vorlu& vorlu, const std::string& item, bool showProgress) {
+  const std::string path = fmt::format("{}/{}", paths::output, item);
+  if (!leavesFolder(item)) return extractBesideTicker(vorlu, path, showProgress);
+  vorlu.log(fmt::format("Error: Could not extract {} - it lies outside of the archive", path));
   emptyOutput(vorlu);
+  return false;
 }
 
 }  // namespace vorlu

@@ -4,17 +4,22 @@
 #include <string>
 #include <string_view>
 
+#include "vorlu/platform/file_manager.h"
+
 namespace vorlu {
 
 struct Vorlu;
 
-/// Extracts an archive into the emptied Output directory. An archive that can't be read to its end, or that holds a
-/// member which may not be unpacked, is logged and leaves Output empty.
-void extractArchive(Vorlu& vorlu, const std::string& path);
+/// Extracts an archive into the emptied Output directory; `showProgress`: the bar moves by 5 meanwhile. An archive that
+/// can't be read to its end, or that holds a member which may not be unpacked, is logged and leaves Output empty.
+bool extractArchive(Vorlu& vorlu, const std::string& path, bool showProgress = false);
 
-/// Why a member may not be unpacked, from its line of a verbose listing with numeric owners; nothing when it may.
-/// Refused are devices, set-uid and set-gid files, and whatever lies, or points as a link, outside the folder.
-std::optional<std::string> refusalOfMember(std::string_view listingLine);
+/// The same of an archive that lies in the Output directory, beside which its content is put.
+bool extractNestedArchive(Vorlu& vorlu, const std::string& item, bool showProgress);
+
+/// Why an unpacked item may not stay; nothing when it may. `path` counts from the folder of the archive, `linkTarget`
+/// is a link's. Refused are devices, pipes, set-uid and set-gid files, and links that point, or may point, outside.
+std::optional<std::string> refusalOfItem(std::string_view path, const FileInfo& info, std::string_view linkTarget);
 
 /// Whether a path below a folder, taken by its text, leaves it.
 bool leavesFolder(std::string_view relativePath);

@@ -32,8 +32,7 @@ bool hasNoSignature(Vorlu& vorlu, const std::string& path) {
 
 bool isSignedAsExpected(InstallJob& job, const std::string& path) {
   Vorlu& vorlu = job.vorlu;
-  vorlu.log(fmt::format("Downloaded installer hash: {}", expectedInstallerHash(vorlu)));
-  vorlu.log("The installer hash matches the expected sha256 hash. Continuing...");
+  logHashAsGiven(vorlu);
   vorlu.log("Verifying signing information...");
   return hasNoSignature(vorlu, path) || matchesExpectedSignature(vorlu, readCodeSignature(vorlu, path));
 }

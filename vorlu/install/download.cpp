@@ -7,6 +7,7 @@
 #include "vorlu/detection/processor.h"
 #include "vorlu/install/architecture.h"
 #include "vorlu/install/sleep_assertion.h"
+#include "vorlu/install/ticker.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/state/replacement.h"
 #include "vorlu/vorlu.h"
@@ -100,12 +101,26 @@ bool removePreviousDownload(Vorlu& vorlu, const std::string& path) {
   return true;
 }
 
+void clearFlags(InstallProgress& progress) {
+  progress.downloadFinished = false;
+  progress.downloadFailed = false;
+}
+
+std::optional<FileDigest> downloadBesideTicker(Vorlu& vorlu, bool isRetry, const Transfer& transfer) {
+  InstallProgress& progress = vorlu.progress;
+  clearFlags(progress);  // the ticker must not see those of the attempt before
+  std::optional<FileDigest> digest;
+  runWithTicker(
+      vorlu, [&] { digest = downloadFile(vorlu, isRetry, transfer); },
+      [&] { progress.downloadFailed = !progress.downloadFinished; }, [&] { progressTicker(vorlu, isRetry); });
+  return digest;
+}
+
 }  // namespace
 
 std::optional<FileDigest> downloadFile(Vorlu& vorlu, bool isRetry, const Transfer& transfer) {
   InstallProgress& progress = vorlu.progress;
-  progress.downloadFinished = false;
-  progress.downloadFailed = false;
+  clearFlags(progress);
   std::optional<FileDigest> digest;
   if (transfer.url.empty())
     vorlu.log("Error: The specified URL is empty. Cannot download file");
@@ -116,7 +131,7 @@ std::optional<FileDigest> downloadFile(Vorlu& vorlu, bool isRetry, const Transfe
   return digest;
 }
 
-std::optional<FileDigest> downloadInstaller(Vorlu& vorlu, bool isRetry, const std::string& appName,
+std::optional<FileDigest> downloadInstaller(Vorlu& vorlu, bool isRetry, bool interactive, const std::string& appName,
                                             const std::string& fileName, const std::string& operationLabel) {
   const CurrentApp& app = vorlu.currentApp;
   const auto build = suitableBuild(vorlu);
@@ -129,8 +144,8 @@ std::optional<FileDigest> downloadInstaller(Vorlu& vorlu, bool isRetry, const st
     return std::nullopt;
   }
   announce(vorlu, *build, appName);
-  return downloadFile(vorlu, isRetry,
-                      {*url, paths::downloads + "/" + fileName, app.requestHeaderKey, app.requestHeaderValue});
+  const Transfer transfer{*url, paths::downloads + "/" + fileName, app.requestHeaderKey, app.requestHeaderValue};
+  return interactive ? downloadBesideTicker(vorlu, isRetry, transfer) : downloadFile(vorlu, isRetry, transfer);
 }
 
 }  // namespace vorlu

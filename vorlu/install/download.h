@@ -11,8 +11,8 @@ struct Vorlu;
 
 /// One attempt to bring the selected app's installer into the cache under `fileName`; the outcome also stands in
 /// `downloadFinished` and `downloadFailed`. Gives the digest that was taken while the bytes arrived. A first attempt
-/// (`isRetry` false) that finds a file there removes it and is over.
-std::optional<FileDigest> downloadInstaller(Vorlu& vorlu, bool isRetry, const std::string& appName,
+/// (`isRetry` false) that finds a file there removes it and is over. `interactive`: the bar moves by 10 meanwhile.
+std::optional<FileDigest> downloadInstaller(Vorlu& vorlu, bool isRetry, bool interactive, const std::string& appName,
                                             const std::string& fileName, const std::string& operationLabel);
 
 /// One transfer.

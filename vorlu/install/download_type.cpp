@@ -3,17 +3,36 @@
 #include <algorithm>
 #include <array>
 
-#include "vorlu/state/paths.h"
-
 namespace vorlu {
+namespace {
+
+constexpr int downloadSteps = 10;
+
+}  // namespace
 
 const DownloadType* findDownloadType(std::string_view value) {
-  static const std::array types = {
-      DownloadType{"zip", "zip", Preparation::extract, paths::output, "archive", InstallMethod::copySourceItems},
-      DownloadType{"tbz", "tbz", Preparation::extract, paths::output, "archive", InstallMethod::copySourceItems},
+  using enum Container;
+  using enum InstallMethod;
+  static constexpr std::array types = {
+      DownloadType{"pkg", "pkg", none, none, false, installDownload, 32},
+      DownloadType{"dmg", "dmg", image, none, false, copySourceItems, 26},
+      DownloadType{"dmgWithEULA", "dmg", image, none, true, copySourceItems, 26},
+      DownloadType{"pkgInDMG", "dmg", image, none, false, installNestedPackages, 37},
+      DownloadType{"pkgInDMGWithEULA", "dmg", image, none, true, installNestedPackages, 37},
+      DownloadType{"zip", "zip", archive, none, false, copySourceItems, 26},
+      DownloadType{"tbz", "tbz", archive, none, false, copySourceItems, 26},
+      DownloadType{"zipInTBZ", "tbz", archive, archive, false, copySourceItems, 31},
+      DownloadType{"pkgInZIP", "zip", archive, none, false, installNestedPackages, 37},
+      DownloadType{"dmgInZIP", "zip", archive, image, false, copySourceItems, 31},
+      DownloadType{"dmgWithEULAInZIP", "zip", archive, image, true, copySourceItems, 31},
   };
   const auto found = std::find_if(types.begin(), types.end(), [&](const auto& type) { return type.value == value; });
   return found == types.end() ? nullptr : &*found;
+}
+
+int progressSteps(std::string_view type, bool interactive) {
+  const DownloadType* known = findDownloadType(type);
+  return (known ? known->steps : 0) + (interactive ? downloadSteps : 0);
 }
 
 std::string cacheExtension(std::string_view type) {

@@ -4,6 +4,8 @@
 
 #include <map>
 
+#include "vorlu/detection/download_cache.h"
+#include "vorlu/install/cancel_install.h"
 #include "vorlu/install/remove_downloads.h"
 #include "vorlu/install/sleep_assertion.h"
 #include "vorlu/vorlu.h"
@@ -20,6 +22,28 @@ std::string fillIn(const InstallJob& job, const char* text) {
       arg("required", job.space.required), arg("available", job.space.available.value_or(0)),
       arg("expected", job.hash.expected), arg("actual", job.hash.actual), arg("downloadFileType", app.downloadFileType),
       arg("supportContact", job.vorlu.site.supportContact()));
+}
+
+void detachImages(InstallJob& job, CleanUp cleanUp) {
+  if (job.images.empty()) return;
+  if (cleanUp == CleanUp::downloads || cleanUp == CleanUp::ofType) job.vorlu.log("Detaching disk image...");
+  job.images.detachAll();
+}
+
+void cleanUp(InstallJob& job, CleanUp what) {
+  const bool package = job.type != nullptr && job.type->method == InstallMethod::installDownload;
+  switch (what) {
+    case CleanUp::none:
+      return;
+    case CleanUp::output:
+      return emptyOutput(job.vorlu);
+    case CleanUp::file:
+      return removeFile(job.vorlu, job.filePath);
+    case CleanUp::downloads:
+      return removeDownloads(job.vorlu, job.filePath);
+    case CleanUp::ofType:
+      return cleanUp(job, package ? CleanUp::file : CleanUp::downloads);
+  }
 }
 
 }  // namespace
@@ -74,24 +98,50 @@ const FailureRow& failureRow(InstallFailure failure) {
          {"Unrecognised file type: {downloadFileType}", silent},
          {"Please ensure Vorlu is up to date and try again. If the problem persists, please contact {supportContact}"}},
         "The {appName} install was cancelled because the downloaded file type was not recognised",
-        CleanUp::removeDownloads}},
+        CleanUp::downloads}},
+      {conversion,
+       {{},
+        "The {appName} install was cancelled because the disk image could not be converted. Please ensure no disk "
+        "image restrictions are configured and try again",
+        CleanUp::output}},
+      {mount,
+       {{{"Error: Could not mount disk image for {appName}. The {operationLabel} could not be processed"}},
+        "The {appName} install was cancelled because the disk image could not be mounted. Please ensure disk images "
+        "are allowed and try again",
+        CleanUp::downloads}},
+      {packageSignature,
+       {{{"Error: The signing information for {appName} does not match the expected signing info. Cancelling the "
+          "{operationLabel}"},
+         {"Removing downloaded items..."}},
+        "The {appName} install was cancelled because the developer could not be verified",
+        CleanUp::file}},
       {signature,
        {{{"Error: The signing information for {appName} does not match the expected signing info. Cancelling the "
           "{operationLabel}"}},
         "The {appName} install was cancelled because the developer could not be verified",
-        CleanUp::removeDownloads}},
+        CleanUp::downloads}},
       {hash,
        {{{"Error: The sha256 hash for the {appName} installer does not match the expected hash."},
          {"Expected hash: {expected}"},
          {"Actual hash: {actual}"},
          {"Cancelling the {operationLabel}"}},
         "The {appName} install was cancelled because the installer file could not be verified",
-        CleanUp::removeDownloads}},
+        CleanUp::downloads}},
+      {choicesFile,
+       {{{"Error: Could not write the required choices XML for the {appName} installer. Cancelling the "
+          "{operationLabel}"}},
+        "The {appName} install was cancelled because the required install files could not be written",
+        CleanUp::ofType}},
+      {nestedItem,
+       {{{"Error: No valid installers were found for {appName}"},
+         {"Please contact {supportContact} for further assistance"}},
+        "The {appName} install was cancelled because the nested installer file could not be found",
+        CleanUp::downloads}},
       {sourceItem,
        {{{"Error: No valid installers were found for {appName}"},
          {"Please contact {supportContact} for further assistance"}},
         "The {appName} install was cancelled because the required install files could not be found",
-        CleanUp::removeDownloads}},
+        CleanUp::downloads}},
   };
   return rows.at(failure);
 }
@@ -104,11 +154,11 @@ void recordInstallFailure(InstallJob& job) {
 InstallOutcome fail(InstallJob& job, InstallFailure failure) {
   const FailureRow& row = failureRow(failure);
   for (const FailureLine& line : row.lines) job.vorlu.log(fillIn(job, line.text), line.quiet);
-  if (row.cleanUp == CleanUp::removeDownloads) removeDownloads(job.vorlu, job.filePath);
+  detachImages(job, row.cleanUp);
+  cleanUp(job, row.cleanUp);
   allowIdleSleep(job.vorlu);
-  // An interactive install ends here, by showing the row's cancel text in its window. No caller opens such a window
-  // yet, so the text is kept for it and the app fails like any other.
   job.vorlu.progress.cancelText = fillIn(job, row.cancelText);
+  if (job.request.interactive) cancelInstall(job.vorlu, job.vorlu.progress.cancelText);
   recordInstallFailure(job);
   return InstallOutcome::failed;
 }

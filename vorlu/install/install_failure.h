@@ -19,13 +19,24 @@ enum class InstallFailure {
   maximumOS,
   download,
   unknownType,
+  conversion,
+  mount,
+  packageSignature,
   signature,
   hash,
+  choicesFile,
+  nestedItem,
   sourceItem,
 };
 
-/// What a failed stage leaves to be removed.
-enum class CleanUp { none, removeDownloads };
+/// What a failed stage leaves to be removed. In any case no image of this install stays attached.
+enum class CleanUp {
+  none,
+  output,     ///< the Output directory's content, without a word
+  downloads,  ///< that, and the file in the cache
+  file,       ///< the file in the cache alone
+  ofType      ///< `file` of a package, `downloads` of the other types
+};
 
 struct FailureLine {
   const char* text;  ///< with placeholders by name, as in the other texts of the row

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "vorlu/detection/processor.h"
+#include "vorlu/install/attached_images.h"
 #include "vorlu/install/disk_space.h"
 #include "vorlu/install/download_type.h"
 #include "vorlu/install/pipeline.h"
@@ -13,7 +14,7 @@ namespace vorlu {
 
 /// One run of the pipeline: what its stages hand on.
 struct InstallJob {
-  InstallJob(Vorlu& run, const InstallRequest& asked) : vorlu(run), request(asked) {}
+  InstallJob(Vorlu& run, const InstallRequest& asked) : vorlu(run), request(asked), images(run) {}
 
   Vorlu& vorlu;
   const InstallRequest& request;
@@ -26,9 +27,12 @@ struct InstallJob {
   DiskSpace space;
   std::optional<FileDigest> digest;  ///< of a file that this run has downloaded
   HashCheck hash;                    ///< the last hash check
+  AttachedImages images;             ///< volumes to detach
   bool wasRunning = false;           ///< it goes on running while it is updated
   bool checkFailed = false;          ///< the version after the install isn't a new one
 
+  /// Folder below which the items to install lie.
+  std::string searchRoot() const;
   bool anyProgress() const { return request.interactive || request.writeProgress; }
 };
 

@@ -1,11 +1,23 @@
 #include "vorlu/install/install_script.h"
 
 #include "vorlu/detection/catalog_script.h"
+#include "vorlu/install/install_job.h"
 #include "vorlu/install/line_reader.h"
 #include "vorlu/install/tool.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
+namespace {
+
+void runStageScript(InstallJob& job, std::string_view announcement, const std::string& script) {
+  if (!script.empty()) {
+    job.vorlu.log(announcement);
+    runInstallScript(job.vorlu, script);
+  }
+  tick(job);
+}
+
+}  // namespace
 
 std::string withoutLineSemicolons(std::string_view script) {
   std::string result;
@@ -42,6 +54,14 @@ void runInstallScript(Vorlu& vorlu, const std::string& script) {
   command.onOutput = [&](std::string_view piece) { lines.feed(piece); };
   runTool(vorlu.platform.processes, vorlu.log, command);
   lines.finish();
+}
+
+void runPreInstallScript(InstallJob& job) {
+  runStageScript(job, "Running pre-install scripts...", job.vorlu.currentApp.preInstallScript);
+}
+
+void runPostInstallScript(InstallJob& job) {
+  runStageScript(job, "Running post-install scripts...", job.vorlu.currentApp.postInstallScript);
 }
 
 }  // namespace vorlu

@@ -6,10 +6,16 @@
 namespace vorlu {
 
 struct Vorlu;
+struct InstallJob;
 
 /// Runs a catalog's script around an install and logs each line of its output as it comes. Neither its status nor a
 /// script that never ends, which is killed after 30 minutes, stops the install.
 void runInstallScript(Vorlu& vorlu, const std::string& script);
+
+/// The selected app's script before the install, if it has one, and its step of the progress bar.
+void runPreInstallScript(InstallJob& job);
+/// The same after the install.
+void runPostInstallScript(InstallJob& job);
 
 /// The script without the blanks and the semicolon that end a line, since lines are joined with semicolons.
 std::string withoutLineSemicolons(std::string_view script);

@@ -6,15 +6,16 @@
 
 #include "vorlu/detection/download_cache.h"
 #include "vorlu/detection/find_app.h"
-#include "vorlu/install/archive.h"
 #include "vorlu/install/copy_list.h"
 #include "vorlu/install/download.h"
 #include "vorlu/install/install_failure.h"
 #include "vorlu/install/install_job.h"
 #include "vorlu/install/install_script.h"
 #include "vorlu/install/installed_check.h"
+#include "vorlu/install/package_stage.h"
 #include "vorlu/install/placement.h"
 #include "vorlu/install/preflight.h"
+#include "vorlu/install/preparation.h"
 #include "vorlu/install/remove_downloads.h"
 #include "vorlu/install/running_apps.h"
 #include "vorlu/install/sleep_assertion.h"
@@ -76,7 +77,8 @@ StageEnd ensureCacheDirectory(InstallJob& job) {
 }
 
 void attemptDownload(InstallJob& job, bool isRetry) {
-  job.digest = downloadInstaller(job.vorlu, isRetry, job.request.appName, job.fileName, job.request.operationLabel);
+  job.digest = downloadInstaller(job.vorlu, isRetry, job.request.interactive, job.request.appName, job.fileName,
+                                 job.request.operationLabel);
 }
 
 StageEnd obtainInstaller(InstallJob& job) {
@@ -127,33 +129,19 @@ StageEnd considerRunningApp(InstallJob& job) {
   return std::nullopt;
 }
 
-/// Opens the download, so that its items can be found below the type's search root.
 StageEnd prepareInstaller(InstallJob& job) {
   if (job.type == nullptr) return fail(job, InstallFailure::unknownType);
-  job.vorlu.log(fmt::format("Extracting {}...", job.fileName));
-  switch (job.type->preparation) {
-    case Preparation::extract:
-      extractArchive(job.vorlu, job.filePath);
-  }
-  // Three steps of the bar: opening the download, its nested image, and the volume.
-  for (int step = 0; step < 3; ++step) tick(job);
-  return std::nullopt;
-}
-
-void runScript(InstallJob& job, std::string_view announcement, const std::string& script) {
-  if (!script.empty()) {
-    job.vorlu.log(announcement);
-    runInstallScript(job.vorlu, script);
-  }
-  tick(job);
+  if (job.type->outer == Container::none) return std::nullopt;
+  return failOn(job, openInstaller(job));
 }
 
 StageEnd installByCopy(InstallJob& job) {
-  const auto list = buildCopyList(job, std::string(job.type->searchRoot));
+  const auto list = buildCopyList(job, job.searchRoot());
   if (const auto* failure = std::get_if<InstallFailure>(&list)) return fail(job, *failure);
   tick(job);
-  runScript(job, "Running pre-install scripts...", job.vorlu.currentApp.preInstallScript);
-  placeItems(job.vorlu, std::get<std::vector<AppCopyArr>>(list), job.type->searchRoot == paths::output);
+  runPreInstallScript(job);
+  const bool mayMove = !job.type->isDiskImage();
+  placeItems(job.vorlu, std::get<std::vector<AppCopyArr>>(list), mayMove, job.anyProgress());
   tick(job);
   return std::nullopt;
 }
@@ -162,12 +150,16 @@ StageEnd installItems(InstallJob& job) {
   switch (job.type->method) {
     case InstallMethod::copySourceItems:
       return installByCopy(job);
+    case InstallMethod::installDownload:
+      return failOn(job, installDownload(job));
+    case InstallMethod::installNestedPackages:
+      return failOn(job, installNestedPackages(job));
   }
   return std::nullopt;
 }
 
-StageEnd runPostInstallScript(InstallJob& job) {
-  runScript(job, "Running post-install scripts...", job.vorlu.currentApp.postInstallScript);
+StageEnd finishInstall(InstallJob& job) {
+  runPostInstallScript(job);
   return std::nullopt;
 }
 
@@ -183,6 +175,10 @@ StageEnd checkInstalledVersion(InstallJob& job) {
 }
 
 StageEnd cleanUp(InstallJob& job) {
+  if (job.type->isDiskImage()) {
+    job.vorlu.log("Detaching disk image...");
+    job.images.detachLast();
+  }
   tick(job);
   removeDownloads(job.vorlu, job.filePath);
   if (job.wasRunning) relaunchApp(job.vorlu);
@@ -202,7 +198,7 @@ InstallOutcome runInstallPipeline(Vorlu& vorlu, const InstallRequest& request) {
   describeJob(job);
 
   for (const auto stage : {checkConditions, ensureCacheDirectory, obtainInstaller, considerRunningApp, prepareInstaller,
-                           installItems, runPostInstallScript, checkInstalledVersion, cleanUp}) {
+                           installItems, finishInstall, checkInstalledVersion, cleanUp}) {
     if (const StageEnd end = stage(job)) return *end;
   }
   return InstallOutcome::installed;

@@ -5,6 +5,8 @@
 #include <algorithm>
 
 #include "vorlu/install/staging.h"
+#include "vorlu/install/ticker.h"
+#include "vorlu/install/tree_walk.h"
 #include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
 
@@ -114,12 +116,16 @@ Status setItemPermissions(FileManager& files, const std::string& path, std::opti
   return result;
 }
 
-void placeItems(Vorlu& vorlu, const std::vector<AppCopyArr>& items, bool mayMove) {
+void placeItems(Vorlu& vorlu, const std::vector<AppCopyArr>& items, bool mayMove, bool showProgress) {
   recoverPlacement(vorlu);  // the note of a killed run is about to be overwritten
   for (const AppCopyArr& item : items) {
     const auto target = targetOf(vorlu.currentApp.destinationPath, item);
-    const Status placed =
-        target ? copyItem(vorlu, item, *target, mayMove && !isShared(items, item)) : Status(target.failure());
+    Status placed = target ? success() : Status(target.failure());
+    const auto copy = [&] { placed = copyItem(vorlu, item, *target, mayMove && !isShared(items, item)); };
+    if (target && showProgress)
+      runWithTicker(vorlu, copyTicker, treeSize(vorlu.platform.files, item.itemPath), copy);
+    else if (target)
+      copy();
     if (!placed) vorlu.log(fmt::format("Error: Could not copy {} - {}", item.itemPath, placed.error()));
   }
 }

@@ -12,7 +12,8 @@ struct Vorlu;
 
 /// Places the items under the selected app's `destinationPath`, with its permissions. What can't be placed is logged
 /// and leaves what stood there as it was. `mayMove`: items come from a folder that is emptied afterwards.
-void placeItems(Vorlu& vorlu, const std::vector<AppCopyArr>& items, bool mayMove);
+/// `showProgress`: the bar moves by 5 with each item.
+void placeItems(Vorlu& vorlu, const std::vector<AppCopyArr>& items, bool mayMove, bool showProgress = false);
 
 /// Sets owner, group and `mode` on an item and all below it without following links. Fails with the first item that
 /// refused, after trying all.

@@ -10,6 +10,15 @@ bool isPlain(char c) {
          std::string_view("._-+,:@%/").find(c) != std::string_view::npos;
 }
 
+std::string withBackslashes(std::string_view value, std::string_view special) {
+  std::string quoted;
+  for (const char c : value) {
+    if (special.find(c) != std::string_view::npos) quoted += '\\';
+    quoted += c;
+  }
+  return quoted;
+}
+
 }  // namespace
 
 std::string insideSingleQuotes(std::string_view text) {
@@ -24,12 +33,11 @@ std::string insideSingleQuotes(std::string_view text) {
 }
 
 std::string insideDoubleQuotes(std::string_view value) {
-  std::string quoted;
-  for (const char c : value) {
-    if (std::string_view("\\\"$`").find(c) != std::string_view::npos) quoted += '\\';
-    quoted += c;
-  }
-  return quoted;
+  return withBackslashes(value, "\\\"$`");
+}
+
+std::string insideAppleScriptText(std::string_view value) {
+  return withBackslashes(value, "\\\"");
 }
 
 std::string shellWord(std::string_view value) {

@@ -11,6 +11,9 @@ std::string shellWord(std::string_view value);
 /// A value for a place inside double quotes of a shell line.
 std::string insideDoubleQuotes(std::string_view value);
 
+/// A value for a place inside a quoted text of AppleScript.
+std::string insideAppleScriptText(std::string_view value);
+
 /// A text for a place inside single quotes of a shell line.
 std::string insideSingleQuotes(std::string_view text);
 

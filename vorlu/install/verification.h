@@ -21,6 +21,9 @@ std::optional<std::string> fileSha256(Vorlu& vorlu, const std::string& path, con
 /// The catalog's hash for the selected app on this processor.
 const std::string& expectedInstallerHash(Vorlu& vorlu);
 
+/// Tells of the catalog's hash where the signature decides: the download's own isn't looked at.
+void logHashAsGiven(Vorlu& vorlu);
+
 /// What a hash check compared.
 struct HashCheck {
   std::string expected;

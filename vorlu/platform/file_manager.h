@@ -71,6 +71,9 @@ class FileManager {
   /// Links aren't followed.
   virtual Result<std::vector<TreeItem>> enumerate(const std::string& root) = 0;
 
+  /// destinationOfSymbolicLinkAtPath: what a link says, not where it leads.
+  virtual Result<std::string> linkTarget(const std::string& path) = 0;
+
   /// Creates the directory and its missing parents; the parents get mode 0755 and the same owner. An existing directory
   /// is left as it is.
   virtual Status createDirectory(const std::string& path, const Ownership& ownership) = 0;

@@ -14,6 +14,7 @@
 #include "vorlu/platform/security.h"
 #include "vorlu/platform/system_log.h"
 #include "vorlu/platform/url_session.h"
+#include "vorlu/platform/web_view.h"
 
 namespace vorlu {
 
@@ -33,6 +34,7 @@ struct Platform {
   RunningApplications& applications;
   SystemLog& systemLog;
   Console& console;
+  WebView& webView;
 };
 
 }  // namespace vorlu

@@ -112,6 +112,7 @@ bool isFiledWarning(std::string_view message) {
 }
 
 void Log::operator()(std::string_view message, bool quiet) {
+  const std::scoped_lock lock(mutex_);
   const std::string text = oneLine(scrubbed(message));
   const RecordType type = contains(message, "Error")     ? RecordType::error
                           : contains(message, "Warning") ? RecordType::fault
@@ -126,6 +127,7 @@ void Log::operator()(std::string_view message, bool quiet) {
 }
 
 void Log::logForJamf(std::string_view message) {
+  const std::scoped_lock lock(mutex_);
   const std::string line =
       fmt::format("{} [Username: {}]: {}\n", formatDate(platform_.clock, platform_.clock.now(), DateForm::logLine),
                   platform_.consoleUser.name(), oneLine(message));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,7 +14,7 @@ namespace vorlu {
 inline constexpr bool silent = true;
 
 /// The agent's log: /var/log/Vorlu.log, the system log, the console, and the record of errors and warnings for the
-/// report. No operation fails for its caller.
+/// report. No operation fails for its caller. Several threads may log.
 class Log {
  public:
   /// `runStage` is the category of system log records; it is read at each message.
@@ -34,6 +35,7 @@ class Log {
   const std::string& runStage_;
   std::optional<pid_t> pid_;
   bool reportingFailure_ = false;
+  std::recursive_mutex mutex_;  ///< a failed write is logged too
 };
 
 /// `message` with the two texts by which a server's refusal shows in the catalog decoder replaced by plain words.

@@ -38,11 +38,16 @@ TEST(DownloadURL, IsFixedOrPrintedByTheScriptOfTheBuild) {
        DownloadCase::universal,
        noURL,
        {"Obtaining universal Foo download URL...", "Error: Could not obtain download information for Foo"}},
+      {"the page of the build",
+       R"({"javascriptScrapeURL":"https://page","javascriptScrapeIntelRegex":"i.zip","specifyDownloadURL":false})",
+       DownloadCase::intel,
+       "i.zip",
+       {"Obtaining Intel Foo download URL...", "Obtained Foo download URL: i.zip", "Found download URL: i.zip"}},
       {"the page goes before the script",
        R"({"universalDownloadURLCode":"x","javascriptScrapeURL":"https://p","specifyDownloadURL":false})",
        DownloadCase::universal,
        noURL,
-       {"Obtaining universal Foo download URL...", "This build has no web view to search https://p for a download URL",
+       {"Obtaining universal Foo download URL...", "Error: A download URL for Foo could not be found.",
         "Error: Could not obtain universal download URL for Foo"}},
   };
   for (const auto& c : cases) {
@@ -50,6 +55,7 @@ TEST(DownloadURL, IsFixedOrPrintedByTheScriptOfTheBuild) {
     run.platform.processes.on("zsh: print u", {"https://u\n"});
     run.platform.processes.on("zsh: print i", {"https://i\n"});
     run.platform.processes.on("zsh: print s", {"\n"});
+    run.platform.webView.pages["https://page"] = "u.zip i.zip";
     run.vorlu.currentApp.copyFields(run.entry(c.entry));
     run.vorlu.currentApp.appName = "Foo";
     EXPECT_EQ(resolveDownloadURL(run.vorlu, c.build), c.url) << c.what;

@@ -112,7 +112,6 @@ TEST_F(ScriptedArchive, StatusOfTheToolDecidesUnlessOnlyOwnersAreLost) {
       {{.output = "", .status = 1}, "Error: Could not extract /a.zip - it could not be unpacked to its end"},
       {{.output = "", .timedOut = true}, "Error: Could not extract /a.zip - it could not be unpacked to its end"},
   };
-  mac.processes.onPrefix("/usr/bin/tar --numeric-owner", {});
   for (const auto& c : cases) mac.processes.onPrefix("/usr/bin/tar -xf", c.answer);
   for (const auto& c : cases) {
     extractArchive(vorlu, "/a.zip");
@@ -120,21 +119,42 @@ TEST_F(ScriptedArchive, StatusOfTheToolDecidesUnlessOnlyOwnersAreLost) {
   }
 }
 
-TEST(ArchiveListing, ReadsNamesBehindTheirColumns) {
+TEST(ArchiveItem, IsRefusedByKindModeAndTarget) {
+  using enum FileKind;
   const struct {
-    const char* line;
+    FileKind kind;
+    mode_t mode;
+    const char* path;
+    const char* target;
     bool refused;
   } cases[] = {
-      {"-rw-r--r--  0 501    20          1 Jan  1  1980 a b  c/..x", false},
-      {"-rw-r--r--  0 501    20  123456789012 Jan  1 12:00 ..", true},
-      {"lrwxr-xr-x  0 0      0           0 Jan  1  1980 A.framework/Resources -> Versions/Current/Resources", false},
-      {"lrwxr-xr-x  0 0      0           0 Jan  1  1980 A/B/l -> ../../x", false},
-      {"lrwxr-xr-x  0 0      0           0 Jan  1  1980 A/B/l -> ../../../x", true},
-      {"crw-r--r--  0 0      0         3,2 Jan  1  1980 null", true},
-      {"-rwSr--r--  0 0      0           1 Jan  1  1980 s", true},
-      {"", true},
+      {link, 0777, "A.framework/Resources", "Versions/Current/Resources", false},
+      {link, 0777, "A/B/l", "../../x", false},
+      {link, 0777, "A/B/l", "../../../x", true},
+      {link, 0777, "A/l", "./../B/../x", true},
+      {link, 0777, "l", "/Applications", true},
+      {directory, 02755, "d", "", false},
+      {directory, 04755, "d", "", true},
+      {regular, 01644, "f", "", false},
+      {other, 0644, "null", "", true},
   };
-  for (const auto& c : cases) EXPECT_EQ(refusalOfMember(c.line).has_value(), c.refused) << c.line;
+  for (const auto& c : cases) {
+    FileInfo info;
+    info.kind = c.kind;
+    info.mode = c.mode;
+    EXPECT_EQ(refusalOfItem(c.path, info, c.target).has_value(), c.refused) << c.path << " -> " << c.target;
+  }
+}
+
+TEST_F(Archive, NestedOnesLandBesideThemselves) {
+  mac.write(paths::output + "/inner.zip", tarOf({{"Slides.app/good", "good"}}));
+  EXPECT_TRUE(extractNestedArchive(vorlu, "inner.zip", false));
+  EXPECT_THAT(*mac.files.list(paths::output), ::testing::ElementsAre("Slides.app", "inner.zip"));
+  for (const std::string item : {"../runData.plist", "missing.zip"}) {
+    mac.write(paths::output + "/inner.zip", "");
+    EXPECT_FALSE(extractNestedArchive(vorlu, item, false)) << item;
+    EXPECT_THAT(*mac.files.list(paths::output), IsEmpty()) << item;
+  }
 }
 
 }  // namespace

@@ -52,6 +52,13 @@ bool LinuxFileManager::isDirectory(const std::string& path) {
   return ::stat(root_.hostPath(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+Result<std::string> LinuxFileManager::linkTarget(const std::string& path) {
+  std::array<char, 4096> target{};  // longer ones can't be made
+  const ssize_t length = ::readlink(root_.hostPath(path).c_str(), target.data(), target.size());
+  if (length < 0) return systemFailure(path, errno);
+  return std::string(target.data(), static_cast<std::size_t>(length));
+}
+
 std::optional<FileInfo> LinuxFileManager::info(const std::string& path) {
   struct stat status {};
   if (::lstat(root_.hostPath(path).c_str(), &status) != 0) return std::nullopt;

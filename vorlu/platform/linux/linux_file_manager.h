@@ -25,6 +25,7 @@ class LinuxFileManager : public FileManager {
   std::optional<FileInfo> info(const std::string& path) override;
   Result<std::vector<std::string>> list(const std::string& path) override;
   Result<std::vector<TreeItem>> enumerate(const std::string& root) override;
+  Result<std::string> linkTarget(const std::string& path) override;
   Status setOwnership(const std::string& path, std::optional<mode_t> mode, const std::string& owner,
                       const std::string& group) override;
   void setHidden(const std::string& path) override;

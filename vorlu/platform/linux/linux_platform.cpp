@@ -16,7 +16,8 @@ LinuxPlatform::LinuxPlatform(const std::string& root)
       focus_(host_),
       applications_(root_, host_, files_),
       systemLog_(files_),
-      platform_{clock_,  files_, processes_, urls_,  security_,     keychain_,  consoleUser_,
-                device_, power_, cameras_,   focus_, applications_, systemLog_, console_} {}
+      webView_(root_, files_, processes_),
+      platform_{clock_, files_,   processes_, urls_,         security_,  keychain_, consoleUser_, device_,
+                power_, cameras_, focus_,     applications_, systemLog_, console_,  webView_} {}
 
 }  // namespace vorlu

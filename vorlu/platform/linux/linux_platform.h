@@ -17,6 +17,7 @@
 #include "vorlu/platform/linux/linux_security.h"
 #include "vorlu/platform/linux/linux_system_log.h"
 #include "vorlu/platform/linux/linux_url_session.h"
+#include "vorlu/platform/linux/linux_web_view.h"
 #include "vorlu/platform/platform.h"
 
 namespace vorlu {
@@ -48,6 +49,7 @@ class LinuxPlatform {
   LinuxRunningApplications applications_;
   LinuxSystemLog systemLog_;
   LinuxConsole console_;
+  LinuxWebView webView_;
   Platform platform_;
 };
 

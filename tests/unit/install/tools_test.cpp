@@ -1,0 +1,165 @@
+#include <fmt/format.h>
+
+#include "tests/unit/install/install_run.h"
+#include "vorlu/install/disk_image.h"
+#include "vorlu/install/installer_package.h"
+#include "vorlu/install/network_quality.h"
+#include "vorlu/install/quit_app.h"
+
+namespace vorlu::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+
+class Tools : public InstallRun {
+ protected:
+  Tools() : InstallRun(false) { mac.makeFolder(paths::components); }
+};
+
+TEST_F(Tools, MountReadsTheVolumeFromTheOutput) {
+  const Lines mounted = {"Mounting disk image...", "Successfully mounted the Disk Image"};
+  const char* hint = "Please ensure disk image mounting is not restricted and try again";
+  const struct {
+    const char* output;
+    const char* mountPoint;
+    Lines lines;
+  } cases[] = {
+      {"/dev/disk4 \tGUID_partition_scheme\n/dev/disk4s1 \tApple_HFS \t/Volumes/My App 2.0  \n", "/Volumes/My App 2.0",
+       mounted},
+      {"disk4\t/Volumes/A\ndisk5\t/Volumes/B\n", "/Volumes/A", mounted},
+      {"hdiutil: attach failed - image not recognized\n",
+       "",
+       {"Mounting disk image...", "Error mounting disk image: Attach failed - image not recognized", hint}},
+      {"  nothing\n", "", {"Mounting disk image...", "nothing", hint}},
+      {"disk4\t/Volumes\n", "", {"Mounting disk image...", "disk4\t/Volumes", hint}},
+  };
+  for (const auto& c : cases) mac.processes.on("/usr/bin/hdiutil attach -nobrowse '/a b.dmg'", {c.output});
+  for (const auto& c : cases) {
+    EXPECT_EQ(mountImage(vorlu, "/a b.dmg", false), *c.mountPoint != '\0');
+    EXPECT_EQ(vorlu.progress.mountPoint, c.mountPoint);
+    Lines expected = c.lines;
+    for (std::string& line : expected)
+      if (const auto tab = line.find('\t'); tab != std::string::npos) line.replace(tab, 1, "\\t");
+    EXPECT_THAT(messages(), ElementsAreArray(expected));
+  }
+}
+
+TEST_F(Tools, ConversionIsJudgedByItsFreshFile) {
+  const std::string target = "/private/tmp/a.cdr";
+  const auto answer = [&](bool writes, bool timedOut) {
+    mac.processes.on("/usr/bin/hdiutil convert -quiet /private/tmp/a.dmg -format UDTO -o " + target,
+                     {.output = "",
+                      .effect =
+                          [=, this](const Command&) {
+                            EXPECT_FALSE(mac.exists(target)) << "of an earlier download";
+                            if (writes) mac.write(target, "image");
+                          },
+                      .timedOut = timedOut});
+  };
+  answer(false, false);
+  answer(true, true);
+  answer(true, false);
+  for (const bool converted : {false, false, true}) {
+    mac.write(target, "stale");
+    EXPECT_EQ(convertImage(vorlu, "/private/tmp/a.dmg"), converted);
+    EXPECT_EQ(messages().back(), converted ? "Converted disk image to mountable format"
+                                           : "Error: Disk image could not be converted to a mountable format");
+  }
+  EXPECT_EQ(vorlu.progress.convertedImagePath, target);
+}
+
+TEST_F(Tools, InstallerLinesReachLogAndBar) {
+  const struct {
+    std::vector<std::string> pieces;
+    Lines lines;
+    int steps;  ///< of the bar before its end
+  } cases[] = {
+      {{"installer: Package name is A\ninstaller:PHA", "SE:Preparing for installation…\ninstaller:PHASE:Preparing for ",
+        "installation…\n", "installer:STATUS:\ninstaller:%9.99\ninstaller:%10.2\ninstaller:%10.2\ninstaller:%x\n"},
+       {"Package name is A", "Preparing for installation…", "9.99 percent complete", "10.2 percent complete",
+        "x percent complete"},
+       2},
+      {{"installer:%0.0\n", "installer:%100.0\ninstaller: done"},
+       {"0.0 percent complete", "100.0 percent complete", "done"},
+       4},
+      {{"a\nb\na\n"}, {"a", "b", "a"}, 0},
+  };
+  for (const auto& c : cases)
+    mac.processes.on("/usr/sbin/installer -verboseR -pkg '/a b.pkg' -target /", {.output = "", .pieces = c.pieces});
+  for (const auto& c : cases) {
+    mac.files.remove(paths::dialogCommandFile);
+    vorlu.progress.installProgress = 0;
+    installPackage(vorlu, "/a b.pkg", "", false, true);
+    EXPECT_THAT(messages(), ElementsAreArray(c.lines));
+    std::string bar;
+    for (int n = 1; n <= c.steps; ++n) bar += fmt::format("progress: {}\n", n);
+    EXPECT_EQ(mac.read(paths::dialogCommandFile), bar + "progress: 20\n");
+  }
+  mac.processes.on("/usr/sbin/installer -verboseR -applyChoiceChangesXML /c.xml -pkg /p.pkg -target /",
+                   {.output = "",
+                    .effect = [](const Command& command) { EXPECT_EQ(command.limit, std::chrono::minutes(60)); },
+                    .pieces = {"never ends\n"},
+                    .timedOut = true});
+  installPackage(vorlu, "/p.pkg", "/c.xml", true, false);
+  EXPECT_THAT(messages(),
+              ElementsAre("never ends", "Error: /usr/sbin/installer did not end within 3600 seconds and was stopped"));
+}
+
+TEST_F(Tools, NetworkSpeedIsPlausibleWhateverTheFileHolds) {
+  EXPECT_EQ(networkSpeed(vorlu), 50) << "no file";
+  const std::map<const char*, int> speeds = {{"", 50},
+                                             {"{\"dl_throughput\": 200000000, \"x\": [1]}", 200},
+                                             {"{\"dl_throughput\": 12}", 1},
+                                             {"{\"dl_throughput\": -5}", 50},
+                                             {"{\"dl_throughput\": \"fast\"}", 50},
+                                             {"{}", 50}};
+  for (const auto& [file, speed] : speeds) {
+    mac.write(paths::networkQuality, file);
+    vorlu.progress.networkSpeed.reset();
+    EXPECT_EQ(networkSpeed(vorlu), speed) << file;
+  }
+}
+
+TEST_F(Tools, NetworkQualityIsMeasuredForLogAndFile) {
+  const struct {
+    Answer answer;
+    const char* capacity;
+  } cases[] = {
+      {{.output = "==== SUMMARY ====\nUplink capacity: 20.0 Mbps - (12 flows)\nDownlink capacity: 200.000 Mbps - x\n"},
+       "200.000 Mbps"},
+      {{.output = "Error, reason=Incorrect response status code on latency measuring connection\n", .status = 1}, ""},
+      {{.output = "Downlink capacity: 1 Mbps\n"}, ""},
+      {{.starts = false}, ""},
+  };
+  for (const auto& c : cases) mac.processes.on("/usr/bin/networkQuality", c.answer);
+  for (const auto& c : cases) {
+    EXPECT_EQ(measureNetworkQuality(vorlu), c.capacity);
+    const Lines lines = messages();
+    EXPECT_EQ(lines.front(), "Attempting to gather network quality information...");
+    EXPECT_EQ(lines.back() == "Could not gather network quality results", *c.capacity == '\0');
+  }
+  mac.write(paths::networkQuality, "old");
+  mac.processes.on("zsh: networkQuality -s -v -c > /private/var/tmp/networkQuality.json",
+                   {.output = "", .effect = [&](const Command&) {
+                      EXPECT_FALSE(mac.exists(paths::networkQuality));
+                      mac.write(paths::networkQuality, "{}");
+                    }});
+  recordNetworkQuality(vorlu);
+  EXPECT_EQ(mac.files.info(paths::networkQuality)->mode, 0755);
+  EXPECT_THAT(messages(), IsEmpty());
+}
+
+TEST_F(Tools, QuitLineGivesEachReaderItsOwnEscapes) {
+  const std::string head = "zsh: launchctl asuser 501 osascript -e \"set appName to \\\"";
+  const std::string tail =
+      "\\\"\n\ntell application appName\n\nwith timeout of 5 seconds\n\nquit\n\nend timeout\n\nend tell\"";
+  mac.processes.otherwise({.output = "said\n"});
+  EXPECT_EQ(quitApp(vorlu, "My Slides"), "said\n");
+  quitApp(vorlu, R"(a"b\c$d`e'f)");
+  EXPECT_THAT(tools(), ElementsAre(head + "My Slides" + tail, head + R"(a\\\"b\\\\c\$d\`e'f)" + tail));
+}
+
+}  // namespace
+}  // namespace vorlu::test

@@ -1,0 +1,93 @@
+#include "vorlu/install/disk_image.h"
+
+#include <fmt/format.h>
+
+#include "vorlu/detection/catalog_script.h"
+#include "vorlu/install/line_reader.h"
+#include "vorlu/install/ticker.h"
+#include "vorlu/install/tool.h"
+#include "vorlu/state/replacement.h"
+#include "vorlu/vorlu.h"
+
+namespace vorlu {
+namespace {
+
+constexpr std::string_view volumes = "/Volumes";
+
+ProcessResult hdiutil(Vorlu& vorlu, std::vector<std::string> arguments) {
+  Command command;
+  command.program = "/usr/bin/hdiutil";
+  command.arguments = std::move(arguments);
+  return runTool(vorlu.platform.processes, vorlu.log, command);
+}
+
+/// The first volume that the tool says it has attached; empty when there is none.
+std::string volumeIn(std::string_view output) {
+  const std::size_t start = output.find(volumes);
+  if (start == std::string_view::npos) return {};
+  output.remove_prefix(start + volumes.size());
+  const std::string_view name = output.substr(0, std::min(output.find(volumes), output.find('\n')));
+  return trimmed(name).size() > 1 && name.starts_with('/') ? fmt::format("{}{}", volumes, trimmed(name))
+                                                           : std::string();
+}
+
+void reportMountFailure(Vorlu& vorlu, const std::string& output) {
+  constexpr std::string_view attachFailed = "hdiutil: attach failed";
+  bool told = false;
+  LineReader lines([&](std::string_view line) {
+    if (line.find(attachFailed) == std::string_view::npos) return;
+    vorlu.log(replacedAll(trimmed(line), "hdiutil: a", "Error mounting disk image: A"));
+    told = true;
+  });
+  lines.feed(output);
+  lines.finish();
+  if (!told) vorlu.log(trimmed(output));
+  vorlu.log("Please ensure disk image mounting is not restricted and try again");
+}
+
+void attach(Vorlu& vorlu, const std::string& path) {
+  vorlu.log("Mounting disk image...");
+  const ProcessResult result = hdiutil(vorlu, {"attach", "-nobrowse", path});
+  vorlu.progress.mountPoint = volumeIn(result.output);
+  if (vorlu.progress.mountPoint.empty())
+    reportMountFailure(vorlu, result.output);
+  else
+    vorlu.log("Successfully mounted the Disk Image");
+}
+
+}  // namespace
+
+bool convertImage(Vorlu& vorlu, const std::string& path) {
+  FileManager& files = vorlu.platform.files;
+  vorlu.log("Converting disk image to mountable format. Please wait...");
+  const std::string target = replacedAll(path, ".dmg", ".cdr");
+  // An image that an earlier run converted may come from another download of the same name.
+  if (target != path) files.remove(target);
+  const ProcessResult result = hdiutil(vorlu, {"convert", "-quiet", path, "-format", "UDTO", "-o", target});
+  if (result.timedOut && target != path) files.remove(target);  // it isn't whole
+  if (!files.exists(target)) {
+    vorlu.log("Error: Disk image could not be converted to a mountable format");
+    return false;
+  }
+  vorlu.log("Converted disk image to mountable format");
+  vorlu.progress.convertedImagePath = target;
+  return true;
+}
+
+bool mountImage(Vorlu& vorlu, const std::string& path, bool showProgress) {
+  vorlu.progress.mountPoint.clear();
+  if (showProgress) {
+    const auto image = vorlu.platform.files.info(path);
+    runWithTicker(vorlu, mountTicker, image ? image->size : 0, [&] { attach(vorlu, path); });
+  } else {
+    attach(vorlu, path);
+  }
+  return !vorlu.progress.mountPoint.empty();
+}
+
+void detachImage(Vorlu& vorlu, const std::string& mountPoint) {
+  const std::string said = trimmed(hdiutil(vorlu, {"detach", mountPoint}).output);
+  if (!said.empty()) vorlu.log(said);
+}
+
+}  // namespace vorlu
