@@ -1,50 +1,20 @@
 #include "tests/e2e/simulated_mac.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <stdexcept>
+
+#include "tests/support/temporary_folder.h"
+#include "vorlu/platform/linux/linux_processes.h"
 
 namespace vorlu::e2e {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-// The scripts find this build's programs through the environment.
-std::vector<std::string> environment() {
-  std::vector<std::string> variables;
-  for (char** variable = environ; *variable != nullptr; ++variable) {
-    if (!std::string_view(*variable).starts_with("VORLU_BUILD=")) variables.emplace_back(*variable);
-  }
-  variables.push_back("VORLU_BUILD=" VORLU_BUILD_DIR);
-  return variables;
-}
-
-std::vector<char*> pointers(const std::vector<std::string>& texts) {
-  std::vector<char*> list;
-  list.reserve(texts.size() + 1);
-  for (const auto& text : texts) list.push_back(const_cast<char*>(text.c_str()));
-  list.push_back(nullptr);
-  return list;
-}
-
-std::string readToEnd(int pipe) {
-  std::string text;
-  char block[65536];
-  for (ssize_t length = 0; (length = ::read(pipe, block, sizeof block)) > 0;) {
-    text.append(block, static_cast<std::size_t>(length));
-  }
-  return text;
-}
 
 void mustWork(const std::vector<std::string>& command) {
   const Outcome outcome = runOnMachine(command);
@@ -61,30 +31,13 @@ std::vector<std::string> joined(std::vector<std::string> list, const std::vector
 }  // namespace
 
 Outcome runOnMachine(const std::vector<std::string>& command) {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
-  const auto variables = environment();
-  pid_t child = -1;
-  const int error =
-      posix_spawnp(&child, command[0].c_str(), &actions, nullptr, pointers(command).data(), pointers(variables).data());
-  posix_spawn_file_actions_destroy(&actions);
-  close(ends[1]);
-  Outcome outcome;
-  if (error != 0) {
-    outcome.output = fmt::format("{} could not be started: error {}", command[0], error);
-  } else {
-    outcome.output = readToEnd(ends[0]);
-    int state = 0;
-    waitpid(child, &state, 0);
-    outcome.status = WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state);
-  }
-  close(ends[0]);
-  return outcome;
+  Command run;
+  run.program = "/usr/bin/env";
+  // The scripts find this build's programs through the environment.
+  run.arguments = joined({"VORLU_BUILD=" VORLU_BUILD_DIR}, command);
+  const ProcessResult result = LinuxProcesses().run(run);
+  if (!result.started) return {-1, result.error};
+  return {result.signal == 0 ? result.status : 128 + result.signal, result.output};
 }
 
 std::string builtFile(const std::string& name) {
@@ -100,31 +53,25 @@ std::optional<std::string> SimulatedMac::whyNotHere() {
   return check.output;
 }
 
-SimulatedMac::SimulatedMac(const std::string& agent, const std::vector<std::string>& options) {
-  std::string pattern = fs::temp_directory_path() / "vorlu-mac.XXXXXX";
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder at " + pattern);
-  temporary_ = pattern;
-  folder_ = temporary_ + "/mac";
-  mustWork(joined({sourceFile("simulator/mac"), "new", folder_, "--agent", agent}, options));
+SimulatedMac::SimulatedMac(const std::string& agent) {
+  mustWork({sourceFile("simulator/mac"), "new", path(""), "--agent", agent});
 }
 
 SimulatedMac::~SimulatedMac() {
-  const Outcome end = runOnMachine({sourceFile("simulator/mac"), "shutdown", folder_});
+  const Outcome end = runOnMachine({sourceFile("simulator/mac"), "shutdown", path("")});
   if (end.status != 0) ADD_FAILURE() << end.output;
-  std::error_code error;
-  fs::remove_all(temporary_, error);
 }
 
 void SimulatedMac::boot() {
-  mustWork({sourceFile("simulator/mac"), "boot", folder_});
+  mustWork({sourceFile("simulator/mac"), "boot", path("")});
 }
 
 void SimulatedMac::shutdown() {
-  mustWork({sourceFile("simulator/mac"), "shutdown", folder_});
+  mustWork({sourceFile("simulator/mac"), "shutdown", path("")});
 }
 
 Outcome SimulatedMac::run(const std::vector<std::string>& command, const std::string& user) {
-  return runOnMachine(joined({sourceFile("simulator/mac"), "run", folder_, "--user", user}, command));
+  return runOnMachine(joined({sourceFile("simulator/mac"), "run", path(""), "--user", user}, command));
 }
 
 Outcome SimulatedMac::shell(const std::string& line, const std::string& user) {
@@ -132,27 +79,15 @@ Outcome SimulatedMac::shell(const std::string& line, const std::string& user) {
 }
 
 std::string SimulatedMac::read(const std::string& macPath) const {
-  std::ifstream file(path(macPath), std::ios::binary);
-  if (!file) throw std::runtime_error("no file " + path(macPath));
-  return {std::istreambuf_iterator<char>(file), {}};
+  return test::readFile(path(macPath));
 }
 
 void SimulatedMac::write(const std::string& macPath, const std::string& text) const {
-  std::ofstream file(path(macPath), std::ios::binary);
-  file << text;
-  file.close();
-  if (!file) throw std::runtime_error("can't write " + path(macPath));
+  test::writeFile(path(macPath), text);
 }
 
 void SimulatedMac::setHost(const std::string& key, const std::string& json) {
-  mustWork({sourceFile("simulator/mac"), "host", folder_, key, json});
-}
-
-void SimulatedMac::answerDialogs(const std::vector<std::string>& answers) const {
-  const std::string file = "/private/var/db/dialog-answers";
-  write(file, fmt::format("{}\n", fmt::join(answers, "\n")));
-  fs::permissions(path(file),
-                  fs::perms::all & ~(fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec));
+  mustWork({sourceFile("simulator/mac"), "host", path(""), key, json});
 }
 
 std::vector<std::string> SimulatedMac::toolCalls() const {

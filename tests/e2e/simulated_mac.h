@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/temporary_folder.h"
+
 namespace vorlu::e2e {
 
 /// What a program did: its exit status (128 and the signal's number after a signal) and both of its outputs, mixed.
@@ -29,8 +31,8 @@ class SimulatedMac {
   /// Why no Mac can run on this machine; nothing when it can.
   static std::optional<std::string> whyNotHere();
 
-  /// A new Mac, not booted, with this program as its /usr/local/bin/vorlu. `options` are those of `mac new`.
-  explicit SimulatedMac(const std::string& agent = builtFile("vorlu"), const std::vector<std::string>& options = {});
+  /// A new Mac, not booted, with this program as its /usr/local/bin/vorlu.
+  explicit SimulatedMac(const std::string& agent = builtFile("vorlu"));
   ~SimulatedMac();
   SimulatedMac(const SimulatedMac&) = delete;
   SimulatedMac& operator=(const SimulatedMac&) = delete;
@@ -45,14 +47,12 @@ class SimulatedMac {
   Outcome shell(const std::string& line, const std::string& user = "root");
 
   /// Where this machine has the Mac's file: path("/var/log/Vorlu.log").
-  std::string path(const std::string& macPath) const { return folder_ + macPath; }
+  std::string path(const std::string& macPath) const { return temporary_ / ("/mac" + macPath); }
   std::string read(const std::string& macPath) const;
   void write(const std::string& macPath, const std::string& text) const;
 
   /// Sets a key of the host file to a JSON value; "null" removes it.
   void setHost(const std::string& key, const std::string& json);
-  /// One line a prompt: the exit code, then optional seconds to wait.
-  void answerDialogs(const std::vector<std::string>& answers) const;
   /// Calls of the stand-ins since the Mac was made, in order.
   std::vector<std::string> toolCalls() const;
   /// Puts an application into `folder`; `options` are those of make-app.
@@ -60,8 +60,8 @@ class SimulatedMac {
                       const std::vector<std::string>& options = {}, const std::string& folder = "/Applications") const;
 
  private:
-  std::string temporary_;  // holds the Mac's folder, so that the folder is the Mac's alone
-  std::string folder_;
+  test::TemporaryFolder temporary_;  // holds the Mac's folder, so that the
+                                     // folder is the Mac's alone
 };
 
 /// Skips its tests where no Mac can run; on a build server that is a failure.

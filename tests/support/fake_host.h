@@ -21,31 +21,28 @@ namespace vorlu::test {
 
 struct FakeConsoleUser : ConsoleUser {
   std::string user = "alice";
-  uid_t userId = 501;
   std::string name() override { return user; }
-  uid_t uid() override { return userId; }
+  uid_t uid() override { return 501; }
 };
 
 struct FakeDevice : Device {
   std::optional<int> cpu = 12;
   std::string system = "14.5.0";
   std::optional<std::string> serial = "C02SIM00001";
-  std::string computer = "Sim Mac";
   std::optional<int> cpuType() override { return cpu; }
   std::string osVersion() override { return system; }
   std::optional<std::string> serialNumber() override { return serial; }
-  std::string computerName() override { return computer; }
+  std::string computerName() override { return "Sim Mac"; }
 };
 
 struct FakePower : Power {
-  bool refuses = false;
   std::set<std::uint32_t> held;
   std::vector<std::string> calls;  ///< "create {reason}" and "release {id}"
   std::optional<std::map<int, std::vector<PowerAssertion>>> assertions = std::map<int, std::vector<PowerAssertion>>{};
+  std::uint32_t lastId = 0;
 
   std::optional<std::uint32_t> createNoDisplaySleepAssertion(const std::string& reason) override {
     calls.push_back("create " + reason);
-    if (refuses) return std::nullopt;
     held.insert(++lastId);
     return lastId;
   }
@@ -54,8 +51,6 @@ struct FakePower : Power {
     held.erase(id);
   }
   std::optional<std::map<int, std::vector<PowerAssertion>>> assertionsByProcess() override { return assertions; }
-
-  std::uint32_t lastId = 0;
 };
 
 struct FakeCameras : Cameras {

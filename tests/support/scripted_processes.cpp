@@ -5,6 +5,7 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "vorlu/platform/linux/linux_processes.h"
 
@@ -60,66 +61,28 @@ void ScriptedProcesses::on(const std::string& line, Answer answer) {
 }
 
 void ScriptedProcesses::onPrefix(const std::string& prefix, Answer answer) {
-  addRule(
-      prefixes_, prefix, [prefix](const std::string& line) { return line.starts_with(prefix); }, std::move(answer));
-}
-
-void ScriptedProcesses::onMatch(const std::string& pattern, Answer answer) {
-  addRule(
-      patterns_, pattern,
-      [expression = std::regex(pattern)](const std::string& line) { return std::regex_search(line, expression); },
-      std::move(answer));
-}
-
-void ScriptedProcesses::otherwise(Answer answer) {
   const std::scoped_lock lock(mutex_);
-  otherwise_ = {std::move(answer)};
+  prefixes_[prefix].push_back(std::move(answer));
 }
 
-void ScriptedProcesses::passThrough(const std::string& program, const std::string& root,
-                                    std::vector<std::string> agentPaths, const std::string& hostProgram) {
-  const std::scoped_lock lock(mutex_);
-  real_[program] = {root, std::move(agentPaths), hostProgram.empty() ? program : hostProgram};
-}
-
-void ScriptedProcesses::addRule(std::vector<Rule>& rules, const std::string& text,
-                                std::function<bool(const std::string&)> matches, Answer answer) {
-  const std::scoped_lock lock(mutex_);
-  auto rule = std::find_if(rules.begin(), rules.end(), [&](const Rule& known) { return known.text == text; });
-  if (rule == rules.end()) rule = rules.insert(rules.begin(), Rule{std::move(matches), text, {}});
-  rule->answers.push_back(std::move(answer));
-}
-
-ScriptedProcesses::Answers* ScriptedProcesses::answersFor(const std::string& line) {
-  const auto exact = exact_.find(line);
-  if (exact != exact_.end()) return &exact->second;
-  for (auto* rules : {&prefixes_, &patterns_})
-    for (Rule& rule : *rules)
-      if (rule.matches(line)) return &rule.answers;
-  return otherwise_.empty() ? nullptr : &otherwise_;
+void ScriptedProcesses::passThrough(const std::string& program, const std::string& hostProgram,
+                                    const std::string& agentPath, const std::string& root) {
+  real_[program] = {hostProgram, agentPath, root};
 }
 
 Answer ScriptedProcesses::answerFor(const std::string& line) {
-  Answers* answers = answersFor(line);
+  Answers* answers = nullptr;
+  if (const auto exact = exact_.find(line); exact != exact_.end()) answers = &exact->second;
+  // Of the prefixes of one line the longer ones come later in the map.
+  for (auto rule = prefixes_.rbegin(); rule != prefixes_.rend() && !answers; ++rule)
+    if (line.starts_with(rule->first)) answers = &rule->second;
   if (!answers) {
     ADD_FAILURE() << "Unexpected command: " << line;
-    Answer none;
-    none.status = 127;
-    return none;
+    return {.output = "", .status = 127};
   }
   Answer answer = answers->front();
   if (answers->size() > 1) answers->pop_front();
   return answer;
-}
-
-Command ScriptedProcesses::asReal(Command command, const RealProgram& real) {
-  command.program = real.hostProgram;
-  for (std::string& argument : command.arguments) {
-    const bool agentPath = std::any_of(real.agentPaths.begin(), real.agentPaths.end(),
-                                       [&](const std::string& path) { return argument.starts_with(path); });
-    if (agentPath) argument.insert(0, real.root);
-  }
-  return command;
 }
 
 ProcessResult ScriptedProcesses::run(const Command& command) {
@@ -128,8 +91,11 @@ ProcessResult ScriptedProcesses::run(const Command& command) {
   commands_.push_back(line);
   const auto real = real_.find(command.program);
   if (real != real_.end()) {
-    const Command hostCommand = asReal(command, real->second);
     lock.unlock();
+    Command hostCommand = command;
+    hostCommand.program = real->second.hostProgram;
+    for (std::string& argument : hostCommand.arguments)
+      if (argument.starts_with(real->second.agentPath)) argument.insert(0, real->second.root);
     return LinuxProcesses().run(hostCommand);
   }
   const Answer answer = answerFor(line);
@@ -154,9 +120,7 @@ std::optional<pid_t> ScriptedProcesses::launch(const Command& command) {
 bool ScriptedProcesses::signal(pid_t pid, int signal) {
   const std::scoped_lock lock(mutex_);
   commands_.push_back(fmt::format("kill -{} {}", signal, pid));
-  if (!alive_.contains(pid)) return false;
-  if (signal == SIGKILL || (signal != 0 && !stubborn_.contains(pid))) alive_.erase(pid);
-  return true;
+  return signal == 0 ? alive_.contains(pid) : alive_.erase(pid) > 0;
 }
 
 bool ScriptedProcesses::isAlive(pid_t pid) {
@@ -164,27 +128,9 @@ bool ScriptedProcesses::isAlive(pid_t pid) {
   return alive_.contains(pid);
 }
 
-std::vector<std::string> ScriptedProcesses::commands() {
+std::vector<std::string> ScriptedProcesses::takeCommands() {
   const std::scoped_lock lock(mutex_);
-  return commands_;
-}
-
-void ScriptedProcesses::forgetCommands() {
-  const std::scoped_lock lock(mutex_);
-  commands_.clear();
-}
-
-void ScriptedProcesses::setAlive(pid_t pid, bool alive) {
-  const std::scoped_lock lock(mutex_);
-  if (alive)
-    alive_.insert(pid);
-  else
-    alive_.erase(pid);
-}
-
-void ScriptedProcesses::setIgnoresSignals(pid_t pid) {
-  const std::scoped_lock lock(mutex_);
-  stubborn_.insert(pid);
+  return std::exchange(commands_, {});
 }
 
 }  // namespace vorlu::test

@@ -6,12 +6,10 @@
 
 #include "tests/support/fake_host.h"
 #include "tests/support/faulty_file_manager.h"
-#include "tests/support/recording_console.h"
-#include "tests/support/recording_system_log.h"
+#include "tests/support/recorded_lines.h"
 #include "tests/support/scripted_processes.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/virtual_clock.h"
-#include "vorlu/platform/linux/linux_file_manager.h"
 #include "vorlu/platform/linux/linux_host.h"
 #include "vorlu/platform/linux/linux_keychain.h"
 #include "vorlu/platform/linux/linux_security.h"
@@ -58,7 +56,7 @@ class TestPlatform {
 
  public:
   VirtualClock clock;
-  FaultyFileManager files{realFiles_};
+  FaultyFileManager files{rootFolder_, host_};
   ScriptedProcesses processes;
   LinuxUrlSession urls{rootFolder_};
   LinuxSecurity security;

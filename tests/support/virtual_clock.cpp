@@ -5,14 +5,6 @@
 #include <thread>
 
 namespace vorlu::test {
-namespace {
-
-constexpr Seconds longestSleep = 60.0 * 24 * 3600;
-
-}  // namespace
-
-VirtualClock::VirtualClock(Seconds start, const std::string& localZone)
-    : now_(start), calendar_(std::make_unique<IcuCalendar>(localZone)) {}
 
 Seconds VirtualClock::now() {
   const std::scoped_lock lock(mutex_);
@@ -30,7 +22,7 @@ void VirtualClock::sleep(std::chrono::milliseconds duration) {
     const std::scoped_lock lock(mutex_);
     sleeps_.push_back(duration);
     slept_ += seconds;
-    if (slept_ > longestSleep) throw std::runtime_error("The virtual clock was slept on for 60 days");
+    if (slept_ > 60.0 * 24 * 3600) throw std::runtime_error("The virtual clock was slept on for 60 days");
   }
   advance(seconds);
   // Real work on another thread, which this one may be waiting for, gets its turn.
@@ -58,11 +50,6 @@ void VirtualClock::at(Seconds fromNow, std::function<void()> event) {
 std::vector<std::chrono::milliseconds> VirtualClock::sleeps() {
   const std::scoped_lock lock(mutex_);
   return sleeps_;
-}
-
-void VirtualClock::forgetSleeps() {
-  const std::scoped_lock lock(mutex_);
-  sleeps_.clear();
 }
 
 }  // namespace vorlu::test

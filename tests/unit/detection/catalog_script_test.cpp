@@ -1,6 +1,6 @@
 #include "vorlu/detection/catalog_script.h"
 
-#include "tests/unit/detection/detection_run.h"
+#include "tests/support/agent_run.h"
 
 namespace vorlu::test {
 namespace {
@@ -32,29 +32,21 @@ TEST(PrepareScript, JoinsTheLinesThatCount) {
 }
 
 TEST(CatalogScript, GivesTrimmedOutputAndTellsWhyThereIsNone) {
-  const struct {
-    Answer answer;
-    std::optional<std::string> output;
-    Lines messages;
-  } cases[] = {
-      {{"\xe3\x80\x80\t 1.2 \xc3\xa0 3\xc2\xa0\r\n\xe2\x80\x89\xe2\x80\xa8"}, "1.2 \xc3\xa0 3", {}},
-      {{" \n"}, "", {}},
-      {{.output = "1.0\n", .status = 1}, "1.0", {}},
-      {{.output = "1.0", .timedOut = true},
-       std::nullopt,
-       {"Error: A catalog script was stopped because it ran longer than 1800 seconds"}},
-  };
-  for (const auto& c : cases) {
-    DetectionRun run;
-    run.platform.processes.on("zsh: echo a;echo b", c.answer);
-    EXPECT_EQ(scriptOutput(run.vorlu, "echo a\necho b"), c.output);
-    EXPECT_EQ(run.messages(), c.messages);
-  }
-  DetectionRun run;
-  run.platform.processes.otherwise({.output = "", .starts = false});
-  EXPECT_EQ(runScriptForOutput(run.vorlu, "#!/bin/sh\nx"), "");
-  EXPECT_THAT(run.messages(), testing::ElementsAre(
-                                  testing::StartsWith("Error: A catalog script could not be started with /bin/sh - ")));
+  AgentRun run;
+  const std::string line = "zsh: echo a;echo b";
+  run.mac.processes.on(line, {"\xe3\x80\x80\t 1.2 \xc3\xa0 3\xc2\xa0\r\n\xe2\x80\x89\xe2\x80\xa8"});
+  run.mac.processes.on(line, {.output = " \n", .status = 1});
+  run.mac.processes.on(line, {.output = "1.0", .timedOut = true});
+  run.mac.processes.on(line, {.starts = false});
+  const auto output = [&run] { return scriptOutput(run.vorlu, "echo a\necho b"); };
+  EXPECT_EQ(output(), "1.2 \xc3\xa0 3");
+  EXPECT_EQ(output(), "");
+  EXPECT_EQ(run.messages(), Lines{});
+  EXPECT_EQ(output(), std::nullopt);
+  EXPECT_EQ(run.messages(), Lines{"Error: A catalog script was stopped because it ran longer than 1800 seconds"});
+  EXPECT_EQ(output(), std::nullopt);
+  EXPECT_THAT(run.messages(),
+              testing::ElementsAre(testing::StartsWith("Error: A catalog script could not be started")));
 }
 
 }  // namespace

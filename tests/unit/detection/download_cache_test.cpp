@@ -2,7 +2,7 @@
 
 #include <utime.h>
 
-#include "tests/unit/detection/detection_run.h"
+#include "tests/support/agent_run.h"
 
 namespace vorlu::test {
 namespace {
@@ -26,9 +26,9 @@ TEST(DownloadCache, PurgesEveryVersionOfOneApp) {
       {"  ", cached},
   };
   for (const auto& c : cases) {
-    DetectionRun run;
+    AgentRun run;
     for (const std::string& name : cached) run.cacheFile(name);
-    DirectoryListings listings(run.platform.files);
+    DirectoryListings listings(run.mac.files);
     EXPECT_EQ(listCacheContains(run.vorlu, c.name, listings), c.name.starts_with("Foo")) << c.name;
     purgeCache(run.vorlu, c.name, listings, MissingCache::logged);
     EXPECT_EQ(run.cachedFiles(), c.left) << c.name;
@@ -37,22 +37,8 @@ TEST(DownloadCache, PurgesEveryVersionOfOneApp) {
   }
 }
 
-TEST(DownloadCache, TellsWhenItCannotBeListed) {
-  DetectionRun run;
-  ASSERT_TRUE(run.platform.files.remove(paths::downloads));
-  DirectoryListings listings(run.platform.files);
-  EXPECT_FALSE(listCacheContains(run.vorlu, "Foo", listings));
-  purgeCache(run.vorlu, "Foo", listings, MissingCache::fine);
-  purgeCache(run.vorlu, "Foo", listings, MissingCache::logged);
-  cleanCache(run.vorlu);
-  EXPECT_THAT(run.messages(),
-              testing::ElementsAre(testing::StartsWith("Error: Could not list download cache items - "),
-                                   testing::StartsWith("Failed to list download cache directory items: "),
-                                   testing::StartsWith("Failed to list download cache: ")));
-}
-
 TEST(DownloadCache, CleansWhatNoPendingUpdateWants) {
-  DetectionRun run;
+  AgentRun run;
   for (const auto& [name, version] : {std::pair("Foo Bar", "1.2"), std::pair("A/B", "3")}) {
     ApplicationInventory pending;
     pending.appName = name;
@@ -64,9 +50,9 @@ TEST(DownloadCache, CleansWhatNoPendingUpdateWants) {
     run.cacheFile(name);
   }
   const auto setAge = [&run](const std::string& name, int hours) {
-    const auto time = static_cast<time_t>(run.platform.clock.now()) - hours * 3600;
+    const auto time = static_cast<time_t>(run.mac.clock.now()) - hours * 3600;
     const utimbuf times{time, time};
-    ASSERT_EQ(utime((run.platform.root() + paths::downloads + "/" + name).c_str(), &times), 0);
+    ASSERT_EQ(utime((run.mac.root() + paths::downloads + "/" + name).c_str(), &times), 0);
   };
   setAge(".vorlu-new", 23);
   setAge(".vorlu-old", 25);

@@ -1,66 +1,39 @@
 #include "vorlu/detection/download_url.h"
 
-#include "tests/unit/detection/detection_run.h"
+#include "tests/support/agent_run.h"
 
 namespace vorlu::test {
 namespace {
 
 TEST(DownloadURL, IsFixedOrPrintedByTheScriptOfTheBuild) {
-  const auto noURL = std::optional<std::string>();
-  const struct {
-    const char* what;
-    std::string entry;
-    DownloadCase build;
-    std::optional<std::string> url;
-    Lines messages;
-  } cases[] = {
-      {"fixed", R"({"universalDownloadURL":"u","universalDownloadURLCode":"x"})", DownloadCase::universal, "u", {}},
-      {"fixed for Intel", R"({"intelDownloadURL":"i"})", DownloadCase::intel, "i", {}},
-      {"fixed for Apple Silicon", R"({"appleSiliconDownloadURL":"s"})", DownloadCase::appleSilicon, "s", {}},
-      {"fixed and empty", "{}", DownloadCase::universal, "", {}},
-      {"script",
-       R"({"universalDownloadURLCode":"print u","specifyDownloadURL":false})",
-       DownloadCase::universal,
-       "https://u",
-       {"Obtaining universal Foo download URL...", "Found download URL: https://u"}},
-      {"script for Intel",
-       R"({"intelDownloadURLCode":"print i","specifyDownloadURL":false})",
-       DownloadCase::intel,
-       "https://i",
-       {"Obtaining Intel Foo download URL...", "Found download URL: https://i"}},
-      {"empty output",
-       R"({"siliconDownloadURLCode":"print s","specifyDownloadURL":false})",
-       DownloadCase::appleSilicon,
-       noURL,
-       {"Obtaining Apple Silicon Foo download URL...", "Error: Could not obtain Apple Silicon download URL for Foo"}},
-      {"script of another build",
-       R"({"intelDownloadURLCode":"print i","specifyDownloadURL":false})",
-       DownloadCase::universal,
-       noURL,
-       {"Obtaining universal Foo download URL...", "Error: Could not obtain download information for Foo"}},
-      {"the page of the build",
-       R"({"javascriptScrapeURL":"https://page","javascriptScrapeIntelRegex":"i.zip","specifyDownloadURL":false})",
-       DownloadCase::intel,
-       "i.zip",
-       {"Obtaining Intel Foo download URL...", "Obtained Foo download URL: i.zip", "Found download URL: i.zip"}},
-      {"the page goes before the script",
-       R"({"universalDownloadURLCode":"x","javascriptScrapeURL":"https://p","specifyDownloadURL":false})",
-       DownloadCase::universal,
-       noURL,
-       {"Obtaining universal Foo download URL...", "Error: A download URL for Foo could not be found.",
-        "Error: Could not obtain universal download URL for Foo"}},
-  };
-  for (const auto& c : cases) {
-    DetectionRun run;
-    run.platform.processes.on("zsh: print u", {"https://u\n"});
-    run.platform.processes.on("zsh: print i", {"https://i\n"});
-    run.platform.processes.on("zsh: print s", {"\n"});
-    run.platform.webView.pages["https://page"] = "u.zip i.zip";
-    run.vorlu.currentApp.copyFields(run.entry(c.entry));
+  using enum DownloadCase;
+  const auto expectURL = [](const char* what, std::optional<std::string> url, DownloadCase build,
+                            const std::string& entry, const Lines& messages = {}) {
+    AgentRun run;
+    run.mac.processes.on("zsh: print u", {"https://u\n"});
+    run.mac.processes.on("zsh: print s", {"\n"});
+    run.mac.webView.pages["https://page"] = "u.zip i.zip";
+    run.vorlu.currentApp.copyFields(run.entry(entry));
     run.vorlu.currentApp.appName = "Foo";
-    EXPECT_EQ(resolveDownloadURL(run.vorlu, c.build), c.url) << c.what;
-    EXPECT_EQ(run.messages(), c.messages) << c.what;
-  }
+    EXPECT_EQ(resolveDownloadURL(run.vorlu, build), url) << what;
+    EXPECT_EQ(run.messages(), messages) << what;
+  };
+  const auto scripted = [](const std::string& fields) { return "{" + fields + R"(,"specifyDownloadURL":false})"; };
+  expectURL("fixed", "u", universal, R"({"universalDownloadURL":"u","universalDownloadURLCode":"x"})");
+  expectURL("fixed for Intel", "i", intel, R"({"intelDownloadURL":"i"})");
+  expectURL("fixed for Apple Silicon", "s", appleSilicon, R"({"appleSiliconDownloadURL":"s"})");
+  expectURL("fixed and empty", "", universal, "{}");
+  expectURL("script", "https://u", intel, scripted(R"("intelDownloadURLCode":"print u")"),
+            {"Obtaining Intel Foo download URL...", "Found download URL: https://u"});
+  expectURL(
+      "empty output", std::nullopt, appleSilicon, scripted(R"("siliconDownloadURLCode":"print s")"),
+      {"Obtaining Apple Silicon Foo download URL...", "Error: Could not obtain Apple Silicon download URL for Foo"});
+  expectURL("script of another build", std::nullopt, universal, scripted(R"("intelDownloadURLCode":"print u")"),
+            {"Obtaining universal Foo download URL...", "Error: Could not obtain download information for Foo"});
+  expectURL("the page goes before the script", std::nullopt, universal,
+            scripted(R"("universalDownloadURLCode":"x","javascriptScrapeURL":"https://p")"),
+            {"Obtaining universal Foo download URL...", "Error: A download URL for Foo could not be found.",
+             "Error: Could not obtain universal download URL for Foo"});
 }
 
 }  // namespace

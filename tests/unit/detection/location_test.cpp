@@ -1,6 +1,6 @@
 #include "vorlu/detection/location.h"
 
-#include "tests/unit/detection/detection_run.h"
+#include "tests/support/agent_run.h"
 
 namespace vorlu::test {
 namespace {
@@ -11,65 +11,40 @@ TEST(LocateApp, TakesTheFirstPlaceInOrder) {
           "/C"],"appPrefixName":"Foo"})";
   const std::string alternate = "Found alternate path for Foo";
   const std::string prefix = "Found prefix search name for Foo";
-  const struct {
-    const char* what;
-    std::string entry;
-    Lines folders;
-    std::string path;
-    Lines messages;
-  } cases[] = {
-      {"appPath before all else", everywhere, {"/Applications/Foo.app", "/A/Foo.app"}, "/Applications/Foo.app", {}},
-      {"first alternate that exists", everywhere, {"/Users/alice/B.app", "/C"}, "/Users/alice/B.app", {alternate}},
-      {"prefix anywhere in the name",
-       everywhere,
-       {"/Applications/A.app", "/Applications/MyFooTool"},
-       "/Applications/MyFooTool",
-       {prefix}},
-      {"first match in listing order",
-       everywhere,
-       {"/Applications/Foo B.app", "/Applications/Foo A.app"},
-       "/Applications/Foo A.app",
-       {prefix}},
-      {"prefix in its own folder",
-       R"({"appName":"Foo","prefixSearchPath":"/opt","appPrefixName":"foo"})",
-       {"/Applications/foo", "/opt/Foo", "/opt/foo9"},
-       "/opt/foo9",
-       {prefix}},
-      {"no folder to search", R"({"appPrefixName":"Foo","prefixSearchPath":"/nowhere"})", {}, "", {}},
-      {"placeholders in appPath",
-       R"({"appPath":"/U/%currentUser%/%latestVersion%/%x%/%","latestVersion":"2"})",
-       {"/U/alice/2/%x%/%"},
-       "/U/alice/2/%x%/%",
-       {}},
-      {"no version in alternates",
-       R"({"appName":"Foo","alternatePaths":["/%latestVersion%"],"latestVersion":"2"})",
-       {"/2", "/%latestVersion%"},
-       "/%latestVersion%",
-       {alternate}},
-      {"empty paths are no places",
-       R"({"appPath":"","alternatePaths":[""],"appPrefixName":""})",
-       {"/Applications/X"},
-       "",
-       {}},
-      {"nor are relative ones",
-       R"({"appPath":"Foo","alternatePaths":["Foo"],"prefixSearchPath":".","appPrefixName":"Foo"})",
-       {"/Foo", "/Applications/Foo"},
-       "",
-       {}},
-      {"nothing given", "{}", {"/Applications/X"}, "", {}},
+  const auto expectPath = [](const char* what, const std::string& path, const std::string& entry, const Lines& folders,
+                             const Lines& messages = {}) {
+    AgentRun run;
+    for (const std::string& folder : folders) run.mac.makeFolder(folder);
+    EXPECT_EQ(locateApp(run.vorlu, run.entry(entry)), path) << what;
+    EXPECT_EQ(run.messages(), messages) << what;
+    EXPECT_EQ(run.shown(), Lines{}) << what;
   };
-  for (const auto& c : cases) {
-    DetectionRun run;
-    for (const std::string& folder : c.folders) run.platform.makeFolder(folder);
-    EXPECT_EQ(locateApp(run.vorlu, run.entry(c.entry)), c.path) << c.what;
-    EXPECT_EQ(run.messages(), c.messages) << c.what;
-    EXPECT_EQ(run.platform.console.lines(), Lines{}) << c.what;
-  }
+  expectPath("appPath before all else", "/Applications/Foo.app", everywhere, {"/Applications/Foo.app", "/A/Foo.app"});
+  expectPath("first alternate that exists", "/Users/alice/B.app", everywhere, {"/Users/alice/B.app", "/C"},
+             {alternate});
+  expectPath("prefix anywhere in the name", "/Applications/MyFooTool", everywhere,
+             {"/Applications/A.app", "/Applications/MyFooTool"}, {prefix});
+  expectPath("first match in listing order", "/Applications/Foo A.app", everywhere,
+             {"/Applications/Foo B.app", "/Applications/Foo A.app"}, {prefix});
+  expectPath("prefix in its own folder", "/opt/foo9",
+             R"({"appName":"Foo","prefixSearchPath":"/opt","appPrefixName":"foo"})",
+             {"/Applications/foo", "/opt/Foo", "/opt/foo9"}, {prefix});
+  expectPath("no folder to search", "", R"({"appPrefixName":"Foo","prefixSearchPath":"/nowhere"})", {});
+  expectPath("placeholders in appPath", "/U/alice/2/%x%/%",
+             R"({"appPath":"/U/%currentUser%/%latestVersion%/%x%/%","latestVersion":"2"})", {"/U/alice/2/%x%/%"});
+  expectPath("no version in alternates", "/%latestVersion%",
+             R"({"appName":"Foo","alternatePaths":["/%latestVersion%"],"latestVersion":"2"})",
+             {"/2", "/%latestVersion%"}, {alternate});
+  expectPath("empty paths are no places", "", R"({"appPath":"","alternatePaths":[""],"appPrefixName":""})",
+             {"/Applications/X"});
+  expectPath("nor are relative ones", "",
+             R"({"appPath":"Foo","alternatePaths":["Foo"],"prefixSearchPath":".","appPrefixName":"Foo"})",
+             {"/Foo", "/Applications/Foo"});
 }
 
 TEST(LocateApp, LogsAPrefixFolderThatCannotBeListed) {
-  DetectionRun run;
-  run.platform.write("/opt", "a file");
+  AgentRun run;
+  run.mac.write("/opt", "a file");
   EXPECT_EQ(locateApp(run.vorlu, run.entry(R"({"prefixSearchPath":"/opt","appPrefixName":"Foo"})")), "");
   EXPECT_THAT(run.messages(), testing::ElementsAre(testing::StartsWith("Failed to list prefix directory items: ")));
 }

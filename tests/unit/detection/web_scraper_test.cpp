@@ -2,8 +2,8 @@
 
 #include <unistd.h>
 
-#include "tests/support/raw_server.h"
-#include "tests/unit/detection/detection_run.h"
+#include "tests/support/agent_run.h"
+#include "tests/support/scripted_server.h"
 #include "vorlu/platform/linux/linux_processes.h"
 #include "vorlu/platform/linux/linux_web_view.h"
 
@@ -11,55 +11,46 @@ namespace vorlu::test {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 using ::testing::HasSubstr;
 
 TEST(WebScraperTest, FindsTheFirstWholeMatch) {
   const std::string page = "<a href=\"https://x/y?a=1&amp;b=2\">1</a> <a href=\"https://x/y?a=3\">2</a>";
-  const std::string missing = "Error: A download URL for Foo could not be found.";
-  const struct {
-    const char* url;
-    const char* pattern;
-    std::optional<std::string> found;
-    Lines messages;
-  } cases[] = {
-      {"https://p", "https://x/([^\"]*)", "https://x/y?a=1&b=2", {"Obtained Foo download URL: https://x/y?a=1&b=2"}},
-      {"https://p", "a=9", std::nullopt, {missing}},
-      {"https://p", "z*", std::nullopt, {"Obtained Foo download URL: "}},
-      {"https://other", "a", std::nullopt, {missing}},
-      {"--load-extension=/tmp",
-       "a",
-       std::nullopt,
-       {"Error: Invalid search URL sepcified, could not obtain download URL."}},
-  };
-  for (const auto& c : cases) {
-    DetectionRun run;
-    run.platform.webView.pages["https://p"] = page;
+  const char* const missing = "Error: A download URL for Foo could not be found.";
+  const auto expectFound = [&](const char* url, const char* pattern, const std::optional<std::string>& found,
+                               const char* message) {
+    AgentRun run;
+    run.mac.webView.pages["https://p"] = page;
     run.vorlu.currentApp.appName = "Foo";
-    EXPECT_EQ(scrapeDownloadURL(run.vorlu, c.url, c.pattern), c.found) << c.url << " " << c.pattern;
-    EXPECT_THAT(run.messages(), ElementsAreArray(c.messages)) << c.url << " " << c.pattern;
-  }
+    EXPECT_EQ(scrapeDownloadURL(run.vorlu, url, pattern), found) << url << " " << pattern;
+    EXPECT_EQ(run.messages(), Lines{message}) << url << " " << pattern;
+  };
+  expectFound("https://p", "https://x/([^\"]*)", "https://x/y?a=1&b=2",
+              "Obtained Foo download URL: https://x/y?a=1&b=2");
+  expectFound("https://p", "a=9", std::nullopt, missing);
+  expectFound("https://p", "z*", std::nullopt, "Obtained Foo download URL: ");
+  expectFound("https://other", "a", std::nullopt, missing);
+  expectFound("--load-extension=/tmp", "a", std::nullopt,
+              "Error: Invalid search URL sepcified, could not obtain download URL.");
 }
 
 TEST(WebScraperTest, ReportsBadPatternsAndPassesOnlyUserAgents) {
-  DetectionRun run;
-  run.platform.webView.pages["https://p"] = "x";
+  AgentRun run;
+  run.mac.webView.pages["https://p"] = "x";
   run.vorlu.currentApp.requestHeaderValue = "Browser 1";
   for (const char* key : {"USER-Agent", "X-User-Agent"}) {
     run.vorlu.currentApp.requestHeaderKey = key;
     EXPECT_FALSE(scrapeDownloadURL(run.vorlu, "https://p", "("));
   }
-  EXPECT_THAT(run.platform.webView.userAgents, ElementsAre("Browser 1", ""));
+  EXPECT_THAT(run.mac.webView.userAgents, ElementsAre("Browser 1", ""));
   EXPECT_THAT(run.messages().front(), HasSubstr("Error: Regular expression errored -  "));
 }
 
 TEST(LinuxWebViewTest, RunsThePagesScriptsAndLeavesNoProfile) {
   if (::access("/usr/lib/chromium/chromium", X_OK) != 0) GTEST_SKIP() << "Chromium isn't installed";
-  RawServer server([](const std::string&) {
-    return reply(200,
-                 "<p id=a></p><script>document.getElementById('a').innerText = navigator.userAgent + (6 * 7)</script>",
-                 "Content-Type: text/html\r\n");
-  });
+  refserver::Response page =
+      reply(200, "<p id=a></p><script>document.getElementById('a').innerText = navigator.userAgent + (6 * 7)</script>");
+  page.contentType = "text/html";
+  ScriptedServer server([&page](const auto&) { return page; });
   TestPlatform mac;
   LinuxProcesses processes;
   LinuxWebView view(RootFolder(mac.root()), mac.files, processes);

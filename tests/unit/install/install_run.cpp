@@ -43,10 +43,7 @@ std::string tarOf(const std::vector<Member>& members) {
 }
 
 std::string appArchive(const std::string& bundleName, const std::string& version) {
-  const std::string plist = fmt::format(
-      "<plist version=\"1.0\"><dict><key>CFBundleIdentifier</key><string>com.example.app</string>"
-      "<key>CFBundleShortVersionString</key><string>{}</string></dict></plist>\n",
-      version);
+  const std::string plist = plistOf("<key>CFBundleShortVersionString</key><string>" + version + "</string>");
   return tarOf({{bundleName + "/", "", '5', "", 0755},
                 {bundleName + "/Contents/", "", '5', "", 0755},
                 {bundleName + "/Contents/Info.plist", plist},
@@ -56,15 +53,13 @@ std::string appArchive(const std::string& bundleName, const std::string& version
 }
 
 InstallRun::InstallRun(bool realTar)
-    : server([this](const std::string& request) {
-        const std::string path = request.substr(4, request.find(" HTTP/") - 4);
-        const auto answer = answers.find(path);
+    : server([this](const refserver::Request& request) {
+        const auto answer = answers.find(request.path);
         return answer == answers.end() ? reply(404, "not here") : answer->second;
       }) {
-  mac.makeFolder(paths::downloads);
   mac.makeFolder(paths::output);
   mac.files.freeDisk = 200'000'000'000;
-  if (realTar) mac.processes.passThrough("/usr/bin/tar", mac.root(), {paths::run}, "/usr/bin/bsdtar");
+  if (realTar) mac.processes.passThrough("/usr/bin/tar", "/usr/bin/bsdtar", paths::run, mac.root());
 }
 
 AppBlueprints& InstallRun::addToCatalog(const std::string& appName) {
@@ -115,26 +110,8 @@ std::string InstallRun::installedVersion(const std::string& appName) {
   return readInstalledVersion(vorlu, {"CFBundleShortVersionString", pathOf(appName), "", "", ""});
 }
 
-Lines InstallRun::messages() {
-  Lines lines;
-  for (const SystemRecord& record : mac.systemLog.records()) lines.push_back(record.message);
-  mac.systemLog.clear();
-  return lines;
-}
-
-Strings InstallRun::tools() {
-  Strings commands = mac.processes.commands();
-  mac.processes.forgetCommands();
-  return commands;
-}
-
 Strings InstallRun::leftovers() {
-  Strings names;
-  for (const std::string& folder : {paths::downloads, paths::output}) {
-    const auto listed = mac.files.list(folder);
-    names.insert(names.end(), listed->begin(), listed->end());
-  }
-  return names;
+  return joined(cachedFiles(), *mac.files.list(paths::output));
 }
 
 std::string InstallRun::sha256(const std::string& body) {

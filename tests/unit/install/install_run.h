@@ -1,21 +1,15 @@
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <map>
 #include <string>
 #include <vector>
 
-#include "tests/support/raw_server.h"
-#include "tests/support/test_platform.h"
+#include "tests/support/agent_run.h"
+#include "tests/support/scripted_server.h"
 #include "vorlu/install/pipeline.h"
-#include "vorlu/state/paths.h"
-#include "vorlu/vorlu.h"
 
 namespace vorlu::test {
 
-using Lines = std::vector<std::string>;
 using Strings = std::vector<std::string>;
 
 /// One member of a tar file that a test writes byte by byte, hostile ones included.
@@ -32,7 +26,7 @@ std::string tarOf(const std::vector<Member>& members);
 std::string appArchive(const std::string& bundleName, const std::string& version);
 
 /// A Mac with a server of installers, real tar (unless it is scripted), and whatever catalog a test gives.
-class InstallRun : public ::testing::Test {
+class InstallRun : public ::testing::Test, protected AgentRun {
  protected:
   explicit InstallRun(bool realTar = true);
 
@@ -45,19 +39,13 @@ class InstallRun : public ::testing::Test {
   InstallRequest updateOf(const std::string& appName) const;
   std::string installedVersion(const std::string& appName);
 
-  /// All messages so far, the silent ones too, and forgets them.
-  Lines messages();
-  Strings tools();
   /// Names in the cache and in Output together.
   Strings leftovers();
   std::string sha256(const std::string& body);
   static std::string pathOf(const std::string& appName) { return "/Applications/" + appName + ".app"; }
 
-  std::map<std::string, RawServer::Reply> answers;  ///< by path of the URL, as it is asked for
-  RawServer server;
-  TestPlatform mac;
-  Site site{sealedSite, mac.security};
-  Vorlu vorlu{mac.platform(), site};
+  std::map<std::string, refserver::Response> answers;  ///< by path of the URL
+  ScriptedServer server;
   std::map<std::string, std::size_t> entries;  ///< index in the catalog by name
 };
 

@@ -7,68 +7,47 @@ namespace vorlu::test {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
 
 class RunningApps : public InstallRun {};
 
 TEST_F(RunningApps, AsksBySystemTypeAndLists) {
-  const struct {
-    const char* what;
-    const char* system;
-    const char* appType;
-    Strings blocking;
-    std::set<std::string> running;
-    const char* process;  ///< that pgrep finds
-    bool answer;
-    Strings commands;
-  } cases[] = {
-      {"by identifier", "14.5.0", "appBundle", {"Helper"}, {"com.example.Slides"}, "", true, {}},
-      {"processes of a bundle don't count", "14.5.0", "appBundle", {"Helper"}, {}, "Helper", false, {}},
-      {"no list of applications",
-       "13.0.0",
-       "appBundle",
-       {},
-       {"com.example.Slides"},
-       "",
-       false,
-       {"/usr/bin/pgrep -x Slides"}},
-      {"the same, running", "13.0.0", "appBundle", {}, {}, "Slides", true, {"/usr/bin/pgrep -x Slides"}},
-      {"next release again", "13.0.1", "appBundle", {}, {"com.example.Slides"}, "", true, {}},
-      {"tool, second name",
-       "14.5.0",
-       "tool",
-       {"one", "my tool"},
-       {},
-       "my tool",
-       true,
-       {"/usr/bin/pgrep -x one", "/usr/bin/pgrep -x 'my tool'"}},
-      {"tool on that release", "13.0.0", "tool", {"one"}, {}, "", false, {"/usr/bin/pgrep -x one"}},
-      {"tool without names", "14.5.0", "tool", {}, {"Unknown", ""}, "", false, {}},
-      {"tool without names on that release", "13.0.0", "tool", {}, {}, "", false, {}},
-  };
   install("Slides");
   mac.write("/Applications/Slides.app/Contents/MacOS/Foo.app.dylib", "");
-  mac.processes.otherwise({.output = "", .status = 1});
-  for (const auto& c : cases) {
-    mac.device.system = c.system;
-    mac.applications.running = c.running;
-    if (*c.process) mac.processes.on(commandLine(commandOf("/usr/bin/pgrep", {"-x", c.process})), {.output = "77\n"});
-    vorlu.currentApp.appType = c.appType;
-    vorlu.currentApp.blockingApps = c.blocking;
+  mac.processes.onPrefix("", {.output = "", .status = 1});
+  mac.processes.on("/usr/bin/pgrep -x 'my tool'", {.output = "77\n"});
+  const std::set<std::string> slides = {"com.example.Slides"};
+  const auto expectRunning = [&](const char* what, bool answer, const char* system, const char* appType,
+                                 const Strings& blocking, const std::set<std::string>& running,
+                                 const Strings& commands = {}) {
+    mac.device.system = system;
+    mac.applications.running = running;
+    vorlu.currentApp.appType = appType;
+    vorlu.currentApp.blockingApps = blocking;
     vorlu.progress.appBinaries = vorlu.progress.processWatchList = {"of another app"};
-    EXPECT_EQ(isSelectedAppRunning(vorlu, "/Applications/Slides.app", "Slides"), c.answer) << c.what;
-    EXPECT_THAT(tools(), ElementsAreArray(c.commands)) << c.what;
-    EXPECT_THAT(messages(), IsEmpty()) << c.what;
-    EXPECT_THAT(vorlu.progress.processWatchList, IsEmpty()) << c.what;
-  }
+    EXPECT_EQ(isSelectedAppRunning(vorlu, "/Applications/Slides.app", "Slides"), answer) << what;
+    EXPECT_EQ(tools(), commands) << what;
+    EXPECT_EQ(messages(), Lines{}) << what;
+    EXPECT_EQ(vorlu.progress.processWatchList, Strings{}) << what;
+  };
+  const std::string pgrep = "/usr/bin/pgrep -x ";
+  expectRunning("by identifier", true, "14.5.0", "appBundle", {"Helper"}, slides);
+  expectRunning("processes of a bundle don't count", false, "14.5.0", "appBundle", {"my tool"}, {});
+  expectRunning("no list of applications", false, "13.0.0", "appBundle", {}, slides, {pgrep + "Slides"});
+  expectRunning("next release again", true, "13.0.1", "appBundle", {}, slides);
+  expectRunning("tool, second name", true, "14.5.0", "tool", {"one", "my tool"}, {},
+                {pgrep + "one", pgrep + "'my tool'"});
+  expectRunning("tool on that release", false, "13.0.0", "tool", {"one"}, {}, {pgrep + "one"});
+  expectRunning("tool without names", false, "14.5.0", "tool", {}, {"Unknown", ""});
+  expectRunning("tool without names on that release", false, "13.0.0", "tool", {}, {});
+  mac.processes.on(pgrep + "Slides", {.output = "77\n"});
+  expectRunning("no list, running", true, "13.0.0", "appBundle", {}, {}, {pgrep + "Slides"});
 }
 
 TEST_F(RunningApps, RelaunchOfAToolOpensEachName) {
   vorlu.currentApp.appType = "tool";
   vorlu.currentApp.blockingApps = {"tool", "my \"$x\" tool's"};
   vorlu.progress.appBinaries = {"earlier"};
-  mac.processes.onMatch("^zsh: ", {});
+  mac.processes.onPrefix("zsh: ", {});
   relaunchApp(vorlu);
   EXPECT_THAT(tools(), ElementsAre("zsh: killall tool", "zsh: killall 'my \"$x\" tool'\\''s'",
                                    "zsh: su alice -c 'open \"tool\"'",

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "tests/unit/install/install_run.h"
-#include "vorlu/state/end_run.h"
 
 namespace vorlu::test {
 namespace {

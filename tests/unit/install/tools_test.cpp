@@ -155,7 +155,7 @@ TEST_F(Tools, QuitLineGivesEachReaderItsOwnEscapes) {
   const std::string head = "zsh: launchctl asuser 501 osascript -e \"set appName to \\\"";
   const std::string tail =
       "\\\"\n\ntell application appName\n\nwith timeout of 5 seconds\n\nquit\n\nend timeout\n\nend tell\"";
-  mac.processes.otherwise({.output = "said\n"});
+  mac.processes.onPrefix("", {.output = "said\n"});
   EXPECT_EQ(quitApp(vorlu, "My Slides"), "said\n");
   quitApp(vorlu, R"(a"b\c$d`e'f)");
   EXPECT_THAT(tools(), ElementsAre(head + "My Slides" + tail, head + R"(a\\\"b\\\\c\$d\`e'f)" + tail));

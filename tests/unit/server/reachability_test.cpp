@@ -4,7 +4,6 @@
 
 #include "tests/unit/server/server_fixture.h"
 #include "vorlu/server/key_material.h"
-#include "vorlu/state/paths.h"
 
 namespace vorlu::test {
 namespace {
@@ -12,8 +11,8 @@ namespace {
 using Reachability = ServerFixture;
 using ::testing::ElementsAre;
 
-const std::vector<std::string> secondAttempt = {"The Vorlu server was not reachable on the first connection attempt",
-                                                "Obtaining Vorlu certificates..."};
+const Lines secondAttempt = {"The Vorlu server was not reachable on the first connection attempt",
+                             "Obtaining Vorlu certificates..."};
 const std::string noStatus = "Warning: The Vorlu server is not reachable. Could not obtain HTTP status code";
 const std::string copyUsed = "Offline Application data will be used";
 const std::string noCopy = "Error: No offline data was found for the update. Unable to continue";
@@ -60,10 +59,10 @@ TEST_F(Reachability, ServerThatRefusesEverythingLeavesTheRunItsKeys) {
       "issue persists, contact support@example.com";
   EXPECT_THAT(logged(),
               joined(secondAttempt, {noKeys, "Warning: The Vorlu server is not reachable. Status Code: 503", noCopy}));
-  EXPECT_THAT(toldJamf(), ElementsAre(noKeys,
-                                      "Error: The Vorlu server is unreachable and no offline cached data was found. "
-                                      "Unable to continue with the update. Please contact support@example.com for "
-                                      "support"));
+  EXPECT_THAT(toldJamf(),
+              ElementsAre(noKeys,
+                          "Error: The Vorlu server is unreachable and no offline cached data was found. Unable to "
+                          "continue with the update. Please contact support@example.com for support"));
 }
 
 TEST_F(Reachability, NoNetworkKeepsTheKeys) {
@@ -78,54 +77,35 @@ TEST_F(Reachability, NoNetworkKeepsTheKeys) {
   EXPECT_FALSE(checkInternetConnection(vorlu));
 }
 
-TEST_F(Reachability, BlanksOfAUrlAreEscaped) {
-  Vorlu& vorlu = newRun();
-  EXPECT_EQ(probeServer(vorlu, base + "/a b c", "token"), 404);
-  EXPECT_THAT(requests(), ElementsAre("GET /a b c 404"));
-}
-
-TEST_F(Reachability, OnlyAHeadAnswered200IsAConnection) {
-  Vorlu& vorlu = newRun();
-  EXPECT_TRUE(checkInternetConnection(vorlu));
-  answer("/connectivity", 302, "");
-  EXPECT_FALSE(checkInternetConnection(vorlu));
-  EXPECT_THAT(requests(), ElementsAre("HEAD /connectivity 200", "HEAD /connectivity 302"));
-}
-
 TEST_F(Reachability, KeysAreRefreshedWhenTheServersAreNewer) {
-  const std::string failed = "Error: Certificate validation data decode failed  - ";
+  using enum CertificateRefresh;
+  const auto expectRefresh = [this](const char* body, std::int64_t stored, CertificateRefresh outcome,
+                                    const Lines& lines, std::size_t sleeps) {
+    RunDataFile file;
+    file.SecretsTimestamp = stored;
+    setRunData(file);
+    answer("/timestamp", 200, body);
+    const std::size_t sleptBefore = mac.clock.sleeps().size();
+    EXPECT_EQ(refreshCertificates(newRun()), outcome) << body;
+    EXPECT_EQ(mac.clock.sleeps().size() - sleptBefore, sleeps) << body;
+    EXPECT_THAT(logged(), linesThatBegin(lines)) << body;
+    EXPECT_EQ(runData().SecretsTimestamp, outcome == done ? static_cast<std::int64_t>(mac.clock.now()) : stored)
+        << body;
+  };
+  const std::string undecoded = "Error: Certificate validation data decode failed  - dataCorrupted";
   const std::string absent = "Warning: Could not obtain the last certificate modification date from the Vorlu server";
   const std::string none =
       "Warning: Could not obtain the last certificate modification timestamp from the Vorlu server";
-  const struct {
-    const char* body;
-    std::int64_t stored;
-    CertificateRefresh outcome;
-    std::vector<std::string> lines;  ///< their beginnings
-    std::size_t sleeps;
-  } cases[] = {
-      {R"({"timestamp": 501})", 500, CertificateRefresh::done, joined({"Updating Vorlu certificates..."}, keysAdded),
-       0},
-      {R"({"timestamp": 500})", 500, CertificateRefresh::notNeeded, {}, 0},
-      {R"({"timestamp": 499})", 500, CertificateRefresh::notNeeded, {}, 0},
-      {R"({"timestamp": 0})", 0, CertificateRefresh::notNeeded, {none}, 1},
-      {"{}", 0, CertificateRefresh::notNeeded, {absent, absent, none}, 1},
-      {"<html>", 0, CertificateRefresh::notNeeded, {failed + "dataCorrupted", failed + "dataCorrupted", none}, 1},
-      {R"({"timestamp": "1"})", 0, CertificateRefresh::notNeeded, {failed + "type", failed + "type", none}, 1},
-  };
-  for (const auto& c : cases) {
-    RunDataFile stored;
-    stored.SecretsTimestamp = c.stored;
-    setRunData(stored);
-    answer("/timestamp", 200, c.body);
-    Vorlu& vorlu = newRun();
-    const std::size_t sleptBefore = mac.clock.sleeps().size();
-    EXPECT_EQ(refreshCertificates(vorlu), c.outcome) << c.body;
-    EXPECT_EQ(mac.clock.sleeps().size() - sleptBefore, c.sleeps) << c.body;
-    EXPECT_THAT(logged(), linesThatBegin(c.lines)) << c.body;
-    const bool refreshed = c.outcome == CertificateRefresh::done;
-    EXPECT_EQ(runData().SecretsTimestamp, refreshed ? static_cast<std::int64_t>(mac.clock.now()) : c.stored) << c.body;
-  }
+  expectRefresh(R"({"timestamp": 501})", 500, done, joined({"Updating Vorlu certificates..."}, keysAdded), 0);
+  expectRefresh(R"({"timestamp": 500})", 500, notNeeded, {}, 0);
+  expectRefresh(R"({"timestamp": 0})", 0, notNeeded, {none}, 1);
+  expectRefresh("{}", 0, notNeeded, {absent, absent, none}, 1);
+  expectRefresh("<html>", 0, notNeeded, {undecoded, undecoded, none}, 1);
+
+  serve("timestamp.json", R"({"timestamp": 9})");
+  answer("/secrets", 500, "{}");
+  EXPECT_EQ(refreshCertificates(newRun()), failed);
+  EXPECT_EQ(runData().SecretsTimestamp, 0);
 }
 
 TEST_F(Reachability, TimestampRequestsDifferSoThatNoCacheAnswers) {
@@ -137,13 +117,6 @@ TEST_F(Reachability, TimestampRequestsDifferSoThatNoCacheAnswers) {
   EXPECT_EQ(exchanges[0].request.query, "nocache=1700000000.250000");
   EXPECT_EQ(exchanges[0].request.header("Authorization"), "");
   EXPECT_EQ(exchanges[0].request.header("Cache-Control"), "no-cache");
-}
-
-TEST_F(Reachability, FailedRefreshLeavesItsTimeAlone) {
-  serve("timestamp.json", R"({"timestamp": 9})");
-  answer("/secrets", 500, "{}");
-  EXPECT_EQ(refreshCertificates(newRun()), CertificateRefresh::failed);
-  EXPECT_EQ(runData().SecretsTimestamp.value_or(0), 0);
 }
 
 }  // namespace

@@ -2,10 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <sstream>
+
 #include "refserver/secrets.h"
 #include "vorlu/server/key_material.h"
-#include "vorlu/state/paths.h"
-#include "vorlu/state/property_list.h"
 
 namespace vorlu::test {
 namespace {
@@ -37,14 +37,8 @@ const seal::AgentKeys& agentKeys() {
   return keys;
 }
 
-std::vector<std::string> joined(std::vector<std::string> first, const std::vector<std::string>& rest) {
-  first.insert(first.end(), rest.begin(), rest.end());
-  return first;
-}
-
-::testing::Matcher<std::vector<std::string>> linesThatBegin(const std::vector<std::string>& beginnings) {
+::testing::Matcher<Lines> linesThatBegin(const Lines& beginnings) {
   std::vector<::testing::Matcher<std::string>> each;
-  each.reserve(beginnings.size());
   for (const std::string& beginning : beginnings) each.emplace_back(::testing::StartsWith(beginning));
   return ::testing::ElementsAreArray(each);
 }
@@ -62,9 +56,10 @@ ServerFixture::ServerFixture() {
   EXPECT_TRUE(texts);
   sealed = *texts;
 
-  serveInventory(fmt::format(R"({{"label": "live_blueprints", "url": "{0}/live", "token": "live-token", "decoys": 2}},
+  serveInventory(fmt::format(
+      R"({{"label": "live_blueprints", "url": "{0}/live", "token": "live-token", "decoys": 2}},
                                  {{"label": "testing_blueprints", "url": "{0}/testing", "token": "testing-token"}})",
-                             base));
+      base));
   serve("catalog.json", R"([{"appName": "Fresh"}])");
   serve("testing.json", R"([{"appName": "Trial"}])");
   serve("timestamp.json", R"({"timestamp": 1})");
@@ -73,13 +68,13 @@ ServerFixture::ServerFixture() {
 }
 
 Vorlu& ServerFixture::newRun() {
-  mac.platform().files.remove(paths::log);
-  mac.platform().files.remove(paths::jamfLog);
+  mac.files.remove(paths::jamfLog);
   view_ = sealed.view();
   vorlu_.reset();
   site_.emplace(view_, mac.security);
   vorlu_ = std::make_unique<Vorlu>(mac.platform(), *site_);
   vorlu_->modes.standing = Standing::alone;
+  mac.systemLog.take();
   requests();
   return *vorlu_;
 }
@@ -89,50 +84,20 @@ Vorlu& ServerFixture::newRunWithKeys() {
   return newRun();
 }
 
-std::optional<int> ServerFixture::endOf(const std::function<void()>& flow) {
-  try {
-    flow();
-  } catch (const RunEnded& ended) {
-    return ended.status;
-  }
-  return std::nullopt;
-}
-
-std::vector<std::string> ServerFixture::linesOf(const std::string& path) {
-  std::vector<std::string> messages;
-  const auto text = mac.platform().files.read(path);
-  if (!text) return messages;
-  std::string_view rest = *text;
-  while (!rest.empty()) {
-    const std::string_view line = rest.substr(0, rest.find('\n'));
-    rest.remove_prefix(line.size() + 1);
-    messages.emplace_back(line.substr(line.find("]: ") + 3));
-  }
+Lines ServerFixture::toldJamf() {
+  Lines messages;
+  std::istringstream text(mac.read(paths::jamfLog));
+  for (std::string line; std::getline(text, line);) messages.push_back(line.substr(line.find("]: ") + 3));
   return messages;
 }
 
-std::vector<std::string> ServerFixture::logged() {
-  return linesOf(paths::log);
-}
-std::vector<std::string> ServerFixture::toldJamf() {
-  return linesOf(paths::jamfLog);
-}
-
-std::vector<std::string> ServerFixture::requests() {
-  std::vector<std::string> lines;
+Lines ServerFixture::requests() {
+  Lines lines;
   for (const auto& [request, status] : server->exchanges()) {
     lines.push_back(fmt::format("{} {} {}", request.method, request.path, status));
   }
   server->forgetExchanges();
   return lines;
-}
-
-void ServerFixture::serve(const char* file, const std::string& text) {
-  writeFile(serverFolder / (std::string("/") + file), text);
-}
-
-void ServerFixture::serveInventory(const std::string& records) {
-  serve("inventory.json", fmt::format(R"({{"SecInventory": [{}]}})", records));
 }
 
 std::string ServerFixture::secretsAnswer(const std::string& document, const seal::RsaKey& key) {
@@ -146,14 +111,6 @@ void ServerFixture::answer(const std::string& path, int status, const std::strin
     response.status = status;
     response.body = body;
   };
-}
-
-void ServerFixture::setRunData(const RunDataFile& file) {
-  mac.write(paths::runData, encodePropertyList(file));
-}
-
-RunDataFile ServerFixture::runData() {
-  return *loadRunData(mac.platform().files);
 }
 
 }  // namespace vorlu::test

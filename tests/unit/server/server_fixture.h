@@ -1,29 +1,21 @@
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "refserver/server.h"
 #include "seal/sealed_texts.h"
-#include "tests/support/temporary_folder.h"
-#include "tests/support/test_platform.h"
-#include "vorlu/state/end_run.h"
-#include "vorlu/state/run_data.h"
-#include "vorlu/vorlu.h"
+#include "tests/support/agent_run.h"
 
 namespace vorlu::test {
 
 inline const std::string noKeychainData =
     "Could not import Vorlu ceritifcates from keychain. Obtaining certificate data...";
-inline const std::vector<std::string> keysAdded = {"Vorlu signature successfully added to the keychain",
-                                                   "Vorlu key successfully added to the keychain",
-                                                   "Vorlu certificate successfully added to the keychain"};
+inline const Lines keysAdded = {"Vorlu signature successfully added to the keychain",
+                                "Vorlu key successfully added to the keychain",
+                                "Vorlu certificate successfully added to the keychain"};
 
 /// An agent with keys of its own beside its reference server; both live by one virtual clock.
 class ServerFixture : public ::testing::Test {
@@ -34,23 +26,21 @@ class ServerFixture : public ::testing::Test {
   Vorlu& newRun();
   /// A new run whose keychain holds what the server gives now.
   Vorlu& newRunWithKeys();
-  /// The status with which `flow` ended the run, nothing if it came back.
-  static std::optional<int> endOf(const std::function<void()>& flow);
 
   /// Messages of the log, and of the Jamf Pro log, since the run began.
-  std::vector<std::string> logged();
-  std::vector<std::string> toldJamf();
+  Lines logged() { return mac.systemLog.lines(); }
+  Lines toldJamf();
   /// "METHOD /path STATUS" of each request since the last question.
-  std::vector<std::string> requests();
+  Lines requests();
 
-  void serve(const char* file, const std::string& text);
-  void serveInventory(const std::string& records);
-  /// `records` enciphered to a key as the server answers it.
+  void serve(const std::string& file, const std::string& text) { writeFile(serverFolder / ("/" + file), text); }
+  void serveInventory(const std::string& records) { serve("inventory.json", "{\"SecInventory\": [" + records + "]}"); }
+  /// `document` enciphered to a key as the server answers it.
   static std::string secretsAnswer(const std::string& document, const seal::RsaKey& key);
   /// Every answer on `path` becomes this one.
   void answer(const std::string& path, int status, const std::string& body);
-  void setRunData(const RunDataFile& file);
-  RunDataFile runData();
+  void setRunData(const RunDataFile& file) { mac.write(paths::runData, encodePropertyList(file)); }
+  RunDataFile runData() { return *loadRunData(mac.files); }
 
   std::function<void(const refserver::Request&, refserver::Response&)> onRequest;
   TemporaryFolder serverFolder;
@@ -60,8 +50,6 @@ class ServerFixture : public ::testing::Test {
   std::string base;
 
  private:
-  std::vector<std::string> linesOf(const std::string& path);
-
   SealedSite view_;
   std::optional<Site> site_;
   std::unique_ptr<Vorlu> vorlu_;
@@ -70,10 +58,7 @@ class ServerFixture : public ::testing::Test {
 /// The agents' keys of all tests: making one takes a while.
 const seal::AgentKeys& agentKeys();
 
-/// `first` with everything of `rest` behind it.
-std::vector<std::string> joined(std::vector<std::string> first, const std::vector<std::string>& rest);
-
 /// As many lines, each with this beginning.
-::testing::Matcher<std::vector<std::string>> linesThatBegin(const std::vector<std::string>& beginnings);
+::testing::Matcher<Lines> linesThatBegin(const Lines& beginnings);
 
 }  // namespace vorlu::test

@@ -1,9 +1,6 @@
 #include "vorlu/state/preferences.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "tests/unit/state/state_run.h"
+#include "tests/support/agent_run.h"
 
 namespace vorlu::test {
 namespace {
@@ -11,31 +8,28 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-std::string profile(const std::string& section, const std::string& keys) {
-  return "<plist version=\"1.0\"><dict><key>" + section + "</key><dict>" + keys + "</dict></dict></plist>";
-}
-
 std::string withGrace(int minutes) {
-  return profile("ScheduledUpdates", "<key>gracePeriodMinutes</key><integer>" + std::to_string(minutes) + "</integer>");
+  return plistOf("<key>ScheduledUpdates</key><dict><key>gracePeriodMinutes</key><integer>" + std::to_string(minutes) +
+                 "</integer></dict>");
 }
 
-struct PreferencesTest : testing::Test, StateRun {
+struct PreferencesTest : testing::Test, AgentRun {
   CustomPrefs load() { return loadPreferences(mac.platform(), vorlu.log); }
 };
 
 TEST_F(PreferencesTest, TheFirstPathThatExistsWins) {
   // from the last of the search order to the first: each one added takes over
-  const char* order[] = {"/Users/alice/Library/Preferences/com.mosk.update.preferences.plist",
-                         "/Library/Preferences/com.mosk.update.preferences.plist",
-                         "/private/var/root/Library/Preferences/com.mosk.update.preferences.plist",
-                         "/Users/alice/Library/Preferences/com.mosk.vorlu.preferences.plist",
-                         "/Library/Preferences/com.mosk.vorlu.preferences.plist",
-                         "/private/var/root/Library/Preferences/com.mosk.vorlu.preferences.plist",
-                         "/Library/Managed Preferences/com.mosk.update.preferences.plist",
-                         "/Library/Managed Preferences/com.mosk.vorlu.preferences.plist"};
+  const Lines folders = {"/Users/alice/Library/Preferences/", "/Library/Preferences/",
+                         "/private/var/root/Library/Preferences/"};
+  const std::string managed = "/Library/Managed Preferences/";
+  Lines order;
+  for (const std::string domain : {"com.mosk.update.preferences.plist", "com.mosk.vorlu.preferences.plist"})
+    for (const std::string& folder : folders) order.push_back(folder + domain);
+  order.push_back(managed + "com.mosk.update.preferences.plist");
+  order.push_back(managed + "com.mosk.vorlu.preferences.plist");
   EXPECT_EQ(load().ScheduledUpdates.gracePeriodMinutes, 15);
   int minutes = 100;
-  for (const char* path : order) {
+  for (const std::string& path : order) {
     mac.write(path, withGrace(++minutes));
     EXPECT_EQ(load().ScheduledUpdates.gracePeriodMinutes, minutes) << path;
   }
@@ -43,35 +37,24 @@ TEST_F(PreferencesTest, TheFirstPathThatExistsWins) {
 }
 
 TEST_F(PreferencesTest, ABrokenFileMeansDefaults) {
-  const std::string path = "/Library/Managed Preferences/com.mosk.vorlu.preferences.plist";
-  const std::string wrongType = profile("ScheduledUpdates",
-                                        "<key>gracePeriodMinutes</key><integer>40</integer><key>runFrequency</key>"
-                                        "<dict><key>patchDay</key><string>3</string></dict>");
-  mac.write(path, wrongType);
+  setPreferences("ScheduledUpdates",
+                 "<key>gracePeriodMinutes</key><integer>40</integer>"
+                 "<key>runFrequency</key><dict><key>patchDay</key><string>3</string></dict>");
   EXPECT_EQ(vorlu.preferences.scheduled().gracePeriodMinutes, 15);
   EXPECT_EQ(vorlu.preferences.scheduled().runFrequency.patchDay, 3);
   EXPECT_TRUE(vorlu.preferences.general().hourlyCheck);
-  EXPECT_THAT(shown(),
-              ElementsAre("Error whilst decoding custom preferences: typeMismatch(Int, Context(codingPath: "
-                          "[\"ScheduledUpdates\", \"runFrequency\", \"patchDay\"], debugDescription: \"Expected to "
-                          "decode Int but found a string instead.\", underlyingError: nil))"));
+  EXPECT_THAT(shown(), ElementsAre("Error whilst decoding custom preferences: typeMismatch(Int, Context(codingPath: "
+                                   "[\"ScheduledUpdates\", \"runFrequency\", \"patchDay\"], debugDescription: "
+                                   "\"Expected to decode Int but found a string instead.\", underlyingError: nil))"));
   // what was resolved stays for the run
-  mac.write(path, withGrace(30));
+  setPreferences("ScheduledUpdates", "<key>gracePeriodMinutes</key><integer>30</integer>");
   EXPECT_EQ(vorlu.preferences.scheduled().gracePeriodMinutes, 15);
 }
 
-TEST_F(PreferencesTest, AFolderInTheWayHidesTheOtherFiles) {
-  mac.makeFolder("/Library/Managed Preferences/com.mosk.vorlu.preferences.plist");
-  mac.write("/Library/Preferences/com.mosk.vorlu.preferences.plist", withGrace(30));
-  EXPECT_EQ(load().ScheduledUpdates.gracePeriodMinutes, 15);
-  EXPECT_THAT(shown(), IsEmpty());
-}
-
 TEST_F(PreferencesTest, SectionsDifferInTheirDefaults) {
-  mac.write("/Library/Managed Preferences/com.mosk.vorlu.preferences.plist",
-            profile("ForcedUpdates",
-                    "<key>acceptableDNDMode</key><true/><key>runLimitations</key><dict>"
-                    "<key>sunday</key><false/><key>mondayStartTime</key><string>09:00</string></dict>"));
+  setPreferences("ForcedUpdates",
+                 "<key>acceptableDNDMode</key><true/><key>runLimitations</key>"
+                 "<dict><key>sunday</key><false/><key>mondayStartTime</key><string>09:00</string></dict>");
   const CustomPrefs prefs = load();
   EXPECT_TRUE(prefs.ForcedUpdates.acceptableDNDMode);
   EXPECT_FALSE(prefs.ScheduledUpdates.acceptableDNDMode);
