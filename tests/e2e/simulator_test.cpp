@@ -54,10 +54,6 @@ class SimulatorTest : public SimulatedMacTest {
     ASSERT_EQ(made.status, 0) << made.output;
   }
 
-  std::string receiptText(const std::string& receipt, const std::string& key) {
-    return mac().run({"/usr/libexec/simulator/sim-tools", "plist-text", "/var/db/receipts/" + receipt, key}).output;
-  }
-
  private:
   std::optional<SimulatedMac> mac_;
 };
@@ -189,49 +185,6 @@ TEST_F(SimulatorTest, EveryTypeOfInstallerHoldsTheApplication) {
         mac().shell("rm -rf /Applications/*(N) /tmp/work; [[ ! -e /Volumes/Slides ]] || hdiutil detach disk4").status,
         0);
   }
-}
-
-TEST_F(SimulatorTest, PackagesRunTheirScriptsAndLeaveReceipts) {
-  const auto script = [&](const std::string& name, const std::string& text) {
-    mac().write("/private/tmp/" + name, "#!/bin/zsh\n" + text);
-    return mac().path("/private/tmp/" + name);
-  };
-  const std::string failing = script("failing", "exit 3\n");
-  pack("pkg", "/private/tmp/good.pkg",
-       {"--preinstall", script("before", "print before $*; ls /Applications\n"), "--postinstall",
-        script("after", "print after $*; ls /Applications; sleep 300 &!\n"), "--id", "com.example.good"});
-  pack("pkg", "/private/tmp/early.pkg", {"--preinstall", failing, "--id", "com.example.early", "--unsigned"});
-  pack("pkg", "/private/tmp/late.pkg", {"--postinstall", failing, "--id", "com.example.late"});
-  mac().shell("head -c 100000 /tmp/good.pkg > /tmp/cut.pkg");
-  struct Case {
-    std::string package, end;
-    int status;
-    bool installed, receipt;
-  };
-  const std::vector<Case> cases = {
-      {"cut", "The install failed. (The package “cut.pkg” is damaged and can’t be opened.)", 1, false, false},
-      {"early", "An error occurred while running scripts from the package “early.pkg”.)", 1, false, false},
-      {"late", "An error occurred while running scripts from the package “late.pkg”.)", 1, true, false},
-      {"good", "installer:%100.000000\ninstaller:PHASE:The software was successfully installed.\n", 0, true, true},
-  };
-  for (const auto& [package, end, status, installed, receipt] : cases) {
-    SCOPED_TRACE(package);
-    const Outcome outcome = mac().run({"installer", "-verboseR", "-pkg", "/tmp/" + package + ".pkg", "-target", "/"});
-    EXPECT_EQ(outcome.status, status);
-    EXPECT_THAT(outcome.output, HasSubstr(end));
-    EXPECT_EQ(fs::exists(mac().path("/Applications/Slides.app/Contents/Info.plist")), installed);
-    EXPECT_EQ(fs::exists(mac().path("/private/var/db/receipts/com.example." + package + ".plist")), receipt);
-    fs::remove_all(mac().path("/Applications/Slides.app"));
-  }
-  EXPECT_EQ(mac().read("/private/var/log/install.log"),
-            "before /tmp/good.pkg /Applications / /\nafter /tmp/good.pkg /Applications / /\nSlides.app\n");
-  EXPECT_EQ(receiptText("com.example.good.plist", "PackageVersion"), "2.0\n");
-  EXPECT_EQ(receiptText("com.example.good.plist", "InstallPrefixPath"), "Applications\n");
-  EXPECT_EQ(mac().shell("ls -d /tmp/PKInstallSandbox*").status, 1);
-  EXPECT_THAT(mac().run({"pkgutil", "--check-signature", "/tmp/good.pkg"}).output,
-              HasSubstr("1. Developer ID Installer: Example Corp (EXMPL12345)\n"));
-  EXPECT_EQ(mac().run({"pkgutil", "--check-signature", "/tmp/early.pkg"}).output,
-            "Package \"early.pkg\":\n   Status: no signature\n");
 }
 
 }  // namespace

@@ -10,8 +10,6 @@ namespace vorlu::test {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::EndsWith;
 using ::testing::IsEmpty;
 
 const std::string image = "/Volumes/Slides";
@@ -89,127 +87,99 @@ class DownloadTypes : public InstallRun {
 
 TEST_F(DownloadTypes, EachIsInstalledAndMovesTheBarByItsSteps) {
   const std::string package = image + "/inner.pkg";
-  const struct {
-    const char* type;
-    Strings deeds;
-  } cases[] = {
-      {"pkg", Strings{"check d/Slides-v2.0.pkg", "install d/Slides-v2.0.pkg"}},
-      {"dmg", Strings{"attach d/Slides-v2.0.dmg", "detach"}},
-      {"dmgWithEULA", {"convert d/Slides-v2.0.dmg", "attach d/Slides-v2.0.cdr", "detach"}},
-      {"pkgInDMG", {"attach d/Slides-v2.0.dmg", "check " + package, "install " + package, "detach"}},
-      {"pkgInDMGWithEULA",
-       {"convert d/Slides-v2.0.dmg", "attach d/Slides-v2.0.cdr", "check " + package, "install " + package, "detach"}},
-      {"zip", Strings{"unpack d/Slides-v2.0.zip"}},
-      {"tbz", Strings{"unpack d/Slides-v2.0.tbz"}},
-      {"zipInTBZ", Strings{"unpack d/Slides-v2.0.tbz", "unpack o/inner.zip"}},
-      {"pkgInZIP", {"unpack d/Slides-v2.0.zip", "check o/inner.pkg", "install o/inner.pkg"}},
-      {"dmgInZIP", {"unpack d/Slides-v2.0.zip", "attach o/inner.dmg", "detach"}},
-      {"dmgWithEULAInZIP", {"unpack d/Slides-v2.0.zip", "convert o/inner.dmg", "attach o/inner.cdr", "detach"}},
-  };
   slides.expectedCodeSignature = signedBy;
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.type);
-    slides.downloadFileType = c.type;
-    const bool plainName = std::string_view(c.type) == "zipInTBZ";
-    slides.nestedDownloadFiles = plainName ? Strings{"inner.zip"} : Strings{"missing", "REGEX:^inner[.]"};
-    slides.verifySignature = std::string_view(c.type).starts_with("pkg");
+  const auto expectInstalled = [&](const std::string& type, const Strings& expected) {
+    SCOPED_TRACE(type);
+    slides.downloadFileType = type;
+    slides.nestedDownloadFiles = type == "zipInTBZ" ? Strings{"inner.zip"} : Strings{"missing", "REGEX:^inner[.]"};
+    slides.verifySignature = type.starts_with("pkg");
     for (const bool interactive : {true, false}) {
       placeVersion("1.0");
       EXPECT_EQ(run(interactive, true), InstallOutcome::installed);
       EXPECT_EQ(installedVersion("Slides"), "2.0");
-      EXPECT_THAT(deeds(), ElementsAreArray(c.deeds));
+      EXPECT_EQ(deeds(), expected);
       mac.files.remove(paths::downloads + "/Slides-v2.0.cdr");
       EXPECT_THAT(leftovers(), IsEmpty());
       EXPECT_FALSE(mac.exists(image));
-      EXPECT_EQ(vorlu.progress.installProgress, progressSteps(c.type, interactive));
+      EXPECT_EQ(vorlu.progress.installProgress, progressSteps(type, interactive));
     }
-  }
+  };
+  expectInstalled("pkg", {"check d/Slides-v2.0.pkg", "install d/Slides-v2.0.pkg"});
+  expectInstalled("dmg", {"attach d/Slides-v2.0.dmg", "detach"});
+  expectInstalled("dmgWithEULA", {"convert d/Slides-v2.0.dmg", "attach d/Slides-v2.0.cdr", "detach"});
+  expectInstalled("pkgInDMG", {"attach d/Slides-v2.0.dmg", "check " + package, "install " + package, "detach"});
+  expectInstalled("pkgInDMGWithEULA", {"convert d/Slides-v2.0.dmg", "attach d/Slides-v2.0.cdr", "check " + package,
+                                       "install " + package, "detach"});
+  expectInstalled("zip", {"unpack d/Slides-v2.0.zip"});
+  expectInstalled("tbz", {"unpack d/Slides-v2.0.tbz"});
+  expectInstalled("zipInTBZ", {"unpack d/Slides-v2.0.tbz", "unpack o/inner.zip"});
+  expectInstalled("pkgInZIP", {"unpack d/Slides-v2.0.zip", "check o/inner.pkg", "install o/inner.pkg"});
+  expectInstalled("dmgInZIP", {"unpack d/Slides-v2.0.zip", "attach o/inner.dmg", "detach"});
+  expectInstalled("dmgWithEULAInZIP",
+                  {"unpack d/Slides-v2.0.zip", "convert o/inner.dmg", "attach o/inner.cdr", "detach"});
 }
 
 TEST_F(DownloadTypes, EachFailureHasItsLinesAndCleansUp) {
-  const std::string missing =
-      fmt::format("Error: No valid installers were found for Slides|Please contact {} for further assistance",
-                  site.supportContact());
-  const std::string otherSigner = fmt::format(
-      "Found signature: {}|Error: The signing information for Slides does not "
-      "match the expected signing info. Cancelling the update",
-      signedBy);
-  const auto signedByOther = [&] { slides.verifySignature = true, slides.expectedCodeSignature = "Other"; };
-  const std::string detached = "|Detaching disk image...|\"disk4\" ejected.";
-  const std::string removed = "|Removing downloads...";
-  const struct {
-    const char* type;
-    std::function<void()> arrange;
-    std::string lines;   ///< the last ones before the Mac may sleep again
-    const char* reason;  ///< in the cancel text
-    Strings left;
-  } cases[] = {
-      {"pkg",
-       signedByOther,
-       "Verifying signing information...|" + otherSigner + "|Removing downloaded items...",
-       "the developer could not be verified",
-       {}},
-      {"pkgInDMG",
-       signedByOther,
-       "Verifying signing information for inner.pkg...|" + otherSigner + detached + removed,
-       "the developer could not be verified",
-       {}},
-      {"pkgInZIP",
-       [&] {
-         slides.nestedDownloadFiles = Strings{"REGEX:inner", "missing.pkg"};
-       },
-       "50.0 percent complete|99.0 percent complete|" + missing + removed,
-       "the nested installer file could not be found",
-       {}},
-      {"dmgInZIP",
-       [&] {
-         slides.nestedDownloadFiles = Strings{"inner.dmg", "../x"};
-       },
-       "Successfully mounted the Disk Image|" + missing + detached + removed,
-       "the nested installer file could not be found",
-       {}},
-      {"dmg",
-       [&] { slides.sourceItems = Strings{"Other.app"}; },
-       missing + detached + removed,
-       "the required install files could not be found",
-       {}},
-      {"dmg",
-       [&] { slides.universalInstallerHash = "0"; },
-       "Cancelling the update" + detached + removed,
-       "the installer file could not be verified",
-       {}},
-      {"dmgWithEULAInZIP",
-       [&] { mac.processes.onPrefix("/usr/bin/hdiutil convert -q", {.output = "", .status = 1}); },
-       "Converting disk image to mountable format. Please wait...|"
-       "Error: Disk image could not be converted to a mountable format",
-       "the disk image could not be converted. Please ensure no disk image restrictions are configured and try again",
-       {"Slides-v2.0.zip"}},
-      {"pkg",
-       [&] {
-         slides.installerChoices = "<plist/>";
-         mac.files.remove(paths::output);
-         mac.write(paths::output, "a file in the folder's place");
-       },
-       "Error: Could not write the required choices XML for the Slides installer. Cancelling the update",
-       "the required install files could not be written",
-       {}},
-  };
   slides.nestedDownloadFiles = Strings{"REGEX:^inner[.]"};
   const AppBlueprints good = slides;
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.type) + ": " + c.reason);
+  /// `lines` are the last ones before the Mac may sleep again, `reason` stands in the cancel text.
+  const auto expectFailure = [&](const char* type, const std::string& reason, const std::function<void()>& arrange,
+                                 const Lines& lines, const Strings& left = {}) {
+    SCOPED_TRACE(std::string(type) + ": " + reason);
     slides = good;
-    slides.downloadFileType = c.type;
+    slides.downloadFileType = type;
     mac.files.remove(paths::downloads);
-    c.arrange();
+    arrange();
     EXPECT_EQ(run(false), InstallOutcome::failed);
-    EXPECT_THAT(fmt::format("{}", fmt::join(messages(), "|")), EndsWith(c.lines + "|Allowing idle sleep..."));
-    EXPECT_EQ(vorlu.progress.cancelText, std::string("The Slides install was cancelled because ") + c.reason);
-    EXPECT_THAT(*mac.files.list(paths::downloads), ElementsAreArray(c.left));
+    EXPECT_EQ(lastOf(messages(), lines.size() + 1), joined(lines, {"Allowing idle sleep..."}));
+    EXPECT_EQ(vorlu.progress.cancelText, "The Slides install was cancelled because " + reason);
+    EXPECT_EQ(cachedFiles(), left);
     EXPECT_FALSE(mac.exists(paths::output + "/inner.dmg"));
     EXPECT_FALSE(mac.exists(image)) << "still attached";
     EXPECT_THAT(mac.power.held, IsEmpty());
-  }
+  };
+  const Lines detached = {"Detaching disk image...", "\"disk4\" ejected.", "Removing downloads..."};
+  const Lines missing = {"Error: No valid installers were found for Slides",
+                         fmt::format("Please contact {} for further assistance", site.supportContact())};
+  const Lines otherSigner = {std::string("Found signature: ") + signedBy,
+                             "Error: The signing information for Slides does not match the expected signing info. "
+                             "Cancelling the update"};
+  const auto signedByOther = [&] { slides.verifySignature = true, slides.expectedCodeSignature = "Other"; };
+  const std::string nestedMissing = "the nested installer file could not be found";
+
+  expectFailure("pkg", "the developer could not be verified", signedByOther,
+                joined(otherSigner, {"Removing downloaded items..."}));
+  expectFailure("pkgInDMG", "the developer could not be verified", signedByOther, joined(otherSigner, detached));
+  expectFailure(
+      "pkgInZIP", nestedMissing,
+      [&] {
+        slides.nestedDownloadFiles = {{"REGEX:inner", "missing.pkg"}};
+      },
+      joined(joined({"99.0 percent complete"}, missing), {"Removing downloads..."}));
+  expectFailure(
+      "dmgInZIP", nestedMissing,
+      [&] {
+        slides.nestedDownloadFiles = {{"inner.dmg", "../x"}};
+      },
+      joined(missing, detached));
+  expectFailure(
+      "dmg", "the required install files could not be found", [&] { slides.sourceItems = {{"Other.app"}}; },
+      joined(missing, detached));
+  expectFailure(
+      "dmg", "the installer file could not be verified", [&] { slides.universalInstallerHash = "0"; },
+      joined({"Cancelling the update"}, detached));
+  expectFailure(
+      "dmgWithEULAInZIP",
+      "the disk image could not be converted. Please ensure no disk image restrictions are configured and try again",
+      [&] { mac.processes.onPrefix("/usr/bin/hdiutil convert -q", {.output = "", .status = 1}); },
+      {"Error: Disk image could not be converted to a mountable format"}, {"Slides-v2.0.zip"});
+  const auto blockChoices = [&] {
+    slides.installerChoices = "<plist/>";
+    mac.files.remove(paths::output);
+    mac.write(paths::output, "a file in the folder's place");
+  };
+  expectFailure("pkg", "the required install files could not be written", blockChoices,
+                {"Error: Could not write the required choices XML for the Slides installer. Cancelling the update"});
 }
 
 TEST_F(DownloadTypes, ConvertedImageIsMountedThreeTimesAtMost) {

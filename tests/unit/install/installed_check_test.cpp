@@ -39,29 +39,21 @@ TEST_F(InstalledCheck, LooksForAnAppThatMoved) {
 class Verification : public InstallRun {};
 
 TEST_F(Verification, ReadsPackageSignatures) {
-  const struct {
-    const char* output;
-    const char* signature;
-    Lines logged, shown;
-  } cases[] = {
-      {"Package \"a.pkg\":\n\n   1. Developer ID Installer: Example (AB)  \n   2. Developer ID Installer: Chain\n",
-       "Example (AB)",
-       {"Found signature: Example (AB)"},
-       {"Found signature: Example (AB)"}},
-      {"1. 3rd Party Mac Developer Installer: Example (AB)\n", "Example (AB)", {}, {"Found signature: Example (AB)"}},
-      {"Status: no signature\n",
-       "Error: App is not signed",
-       {"Error: App is not signed"},
-       {"Error: App is not signed"}},
-      {"", "Unknown", {}, {}},
+  const Lines found = {"Found signature: Example (AB)"};
+  const Lines unsignedApp = {"Error: App is not signed"};
+  const auto expectSignature = [this](const std::string& file, const char* output, const char* signature,
+                                      const Lines& logged, const Lines& printed) {
+    mac.processes.on("/usr/sbin/pkgutil --check-signature " + file, {.output = output});
+    EXPECT_EQ(readPackageSignature(vorlu, file), signature);
+    EXPECT_EQ(messages(), logged) << file;
+    EXPECT_EQ(shown(), printed) << file;
   };
-  for (const auto& c : cases)
-    mac.processes.onPrefix("/usr/sbin/pkgutil --check-signature /a.pkg", {.output = c.output});
-  for (const auto& c : cases) {
-    EXPECT_EQ(readPackageSignature(vorlu, "/a.pkg"), c.signature);
-    EXPECT_EQ(messages(), c.logged);
-    EXPECT_EQ(shown(), c.shown);
-  }
+  expectSignature(
+      "/a.pkg", "Package \"a.pkg\":\n\n   1. Developer ID Installer: Example (AB)  \n   2. Developer ID Installer: X\n",
+      "Example (AB)", found, found);
+  expectSignature("/store.pkg", "1. 3rd Party Mac Developer Installer: Example (AB)\n", "Example (AB)", {}, found);
+  expectSignature("/none.pkg", "Status: no signature\n", "Error: App is not signed", unsignedApp, unsignedApp);
+  expectSignature("/silent.pkg", "", "Unknown", {}, {});
 }
 
 TEST_F(Verification, TakesTheHashOfTheProcessor) {

@@ -16,34 +16,24 @@ using ::testing::IsEmpty;
 class Tools : public InstallRun {
  protected:
   Tools() : InstallRun(false) { mac.makeFolder(paths::components); }
+  int images = 0;
 };
 
 TEST_F(Tools, MountReadsTheVolumeFromTheOutput) {
-  const Lines mounted = {"Mounting disk image...", "Successfully mounted the Disk Image"};
-  const char* hint = "Please ensure disk image mounting is not restricted and try again";
-  const struct {
-    const char* output;
-    const char* mountPoint;
-    Lines lines;
-  } cases[] = {
-      {"/dev/disk4 \tGUID_partition_scheme\n/dev/disk4s1 \tApple_HFS \t/Volumes/My App 2.0  \n", "/Volumes/My App 2.0",
-       mounted},
-      {"disk4\t/Volumes/A\ndisk5\t/Volumes/B\n", "/Volumes/A", mounted},
-      {"hdiutil: attach failed - image not recognized\n",
-       "",
-       {"Mounting disk image...", "Error mounting disk image: Attach failed - image not recognized", hint}},
-      {"  nothing\n", "", {"Mounting disk image...", "nothing", hint}},
-      {"disk4\t/Volumes\n", "", {"Mounting disk image...", "disk4\t/Volumes", hint}},
+  const auto expectMount = [this](const char* output, const std::string& mountPoint, const Lines& lines) {
+    mac.processes.on(fmt::format("/usr/bin/hdiutil attach -nobrowse '/{} b.dmg'", ++images), {output});
+    EXPECT_EQ(mountImage(vorlu, fmt::format("/{} b.dmg", images), false), !mountPoint.empty());
+    EXPECT_EQ(vorlu.progress.mountPoint, mountPoint);
+    EXPECT_EQ(messages(), joined({"Mounting disk image..."}, lines));
   };
-  for (const auto& c : cases) mac.processes.on("/usr/bin/hdiutil attach -nobrowse '/a b.dmg'", {c.output});
-  for (const auto& c : cases) {
-    EXPECT_EQ(mountImage(vorlu, "/a b.dmg", false), *c.mountPoint != '\0');
-    EXPECT_EQ(vorlu.progress.mountPoint, c.mountPoint);
-    Lines expected = c.lines;
-    for (std::string& line : expected)
-      if (const auto tab = line.find('\t'); tab != std::string::npos) line.replace(tab, 1, "\\t");
-    EXPECT_THAT(messages(), ElementsAreArray(expected));
-  }
+  const Lines mounted = {"Successfully mounted the Disk Image"};
+  const char* hint = "Please ensure disk image mounting is not restricted and try again";
+  expectMount("/dev/disk4 \tGUID_partition_scheme\n/dev/disk4s1 \tApple_HFS \t/Volumes/My App 2.0  \n",
+              "/Volumes/My App 2.0", mounted);
+  expectMount("disk4\t/Volumes/A\ndisk5\t/Volumes/B\n", "/Volumes/A", mounted);
+  expectMount("hdiutil: attach failed - image not recognized\n", "",
+              {"Error mounting disk image: Attach failed - image not recognized", hint});
+  expectMount("disk4\t/Volumes\n", "", {"disk4\\t/Volumes", hint});
 }
 
 TEST_F(Tools, ConversionIsJudgedByItsFreshFile) {
@@ -123,22 +113,17 @@ TEST_F(Tools, NetworkSpeedIsPlausibleWhateverTheFileHolds) {
 }
 
 TEST_F(Tools, NetworkQualityIsMeasuredForLogAndFile) {
-  const struct {
-    Answer answer;
-    const char* capacity;
-  } cases[] = {
+  const std::pair<Answer, std::string> cases[] = {
       {{.output = "==== SUMMARY ====\nUplink capacity: 20.0 Mbps - (12 flows)\nDownlink capacity: 200.000 Mbps - x\n"},
        "200.000 Mbps"},
       {{.output = "Error, reason=Incorrect response status code on latency measuring connection\n", .status = 1}, ""},
       {{.output = "Downlink capacity: 1 Mbps\n"}, ""},
       {{.starts = false}, ""},
   };
-  for (const auto& c : cases) mac.processes.on("/usr/bin/networkQuality", c.answer);
-  for (const auto& c : cases) {
-    EXPECT_EQ(measureNetworkQuality(vorlu), c.capacity);
-    const Lines lines = messages();
-    EXPECT_EQ(lines.front(), "Attempting to gather network quality information...");
-    EXPECT_EQ(lines.back() == "Could not gather network quality results", *c.capacity == '\0');
+  for (const auto& [answer, capacity] : cases) mac.processes.on("/usr/bin/networkQuality", answer);
+  for (const auto& [answer, capacity] : cases) {
+    EXPECT_EQ(measureNetworkQuality(vorlu), capacity);
+    EXPECT_EQ(messages().back() == "Could not gather network quality results", capacity.empty());
   }
   mac.write(paths::networkQuality, "old");
   mac.processes.on("zsh: networkQuality -s -v -c > /private/var/tmp/networkQuality.json",
