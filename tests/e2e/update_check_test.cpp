@@ -129,6 +129,10 @@ TEST_F(UpdateCheck, UpdatesWhatIsDueAndTouchesNothingElse) {
   mac.boot();
   ASSERT_EQ(mac.run({"/usr/bin/open", "-a", "/Applications/Notes Pro.app"}).status, 0);
 
+  const auto machine = [] {
+    return runOnMachine({"/usr/bin/find", "/etc", "/usr/local", "/opt", "/srv", "/var/tmp", "-printf", "%p %T@ %s\n"});
+  };
+  const Outcome untouched = machine();
   const Outcome first = mac.run({"/usr/local/bin/vorlu", "--update", "check"});
   EXPECT_EQ(first.status, 0) << first.output;
   for (const auto& [app, version] :
@@ -139,6 +143,7 @@ TEST_F(UpdateCheck, UpdatesWhatIsDueAndTouchesNothingElse) {
 
   for (const char* path : {"/Library/Application Support/MOSK", "/var/log/Vorlu.log", "/Applications/Slides.app"})
     EXPECT_FALSE(fs::exists(path)) << path;
+  EXPECT_EQ(machine().output, untouched.output);
 
   const std::size_t before = mac.read("/private/var/log/Vorlu.log").size();
   const Outcome second = mac.run({"/usr/local/bin/vorlu", "--update", "check"});
