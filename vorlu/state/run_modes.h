@@ -11,7 +11,7 @@ enum class Standing {
   beside,   ///< another agent runs: run data's run type is that agent's
 };
 
-/// Set once by the dispatcher before the flow starts, never cleared.
+/// What kind of run this is. The dispatcher sets the modes before the flow starts, and nothing clears them.
 struct RunModes {
   bool installMode = false;
   bool installProgressMode = false;
@@ -24,7 +24,7 @@ struct RunModes {
   bool testingBlueprints = false;  ///< the catalog of label "testing_blueprints"
   bool testInstall = false;
 
-  std::string runStage = "Updates";  ///< category of system log records
+  std::string runStage = "Updates";  ///< where the run stands: the category of system log records
   int runExitStatus = 0;             ///< exit status of the scheduled flows
   Standing standing = Standing::unknown;
 };
