@@ -127,10 +127,11 @@ void drawSpinner(QPainter& painter, int turn) {
 
 // The same colour for the same name, whoever draws it.
 QColor colourOf(const QString& name) {
-  uint sum = 0;
-  for (const QChar letter : name) sum = sum * 31 + letter.unicode();
-  constexpr int hues[] = {212, 262, 24, 152, 340, 190, 286, 8, 128, 232};
-  return QColor::fromHsl(hues[sum % std::size(hues)], 150, 112);
+  quint32 sum = 2166136261;  // FNV-1a
+  for (const QChar letter : name) sum = (sum ^ letter.unicode()) * 16777619;
+  constexpr QRgb colours[] = {0x2f6fd6, 0x7a52c7, 0xc8641c, 0x1f8f86, 0xcf3d72,
+                              0x1f86b3, 0xa148b8, 0xc4453a, 0x2f8f4a, 0x4b57c9};
+  return QColor::fromRgb(colours[(sum >> 8) % std::size(colours)]);
 }
 
 // One character, which may take two code units.
@@ -140,7 +141,7 @@ QString firstLetter(const QString& name) {
 
 void drawInitial(QPainter& painter, const QString& name) {
   const QColor colour = colourOf(name);
-  drawTile(painter, colour.lighter(125), colour);
+  drawTile(painter, colour.lighter(122), colour);
   QFont font = look::font(50, QFont::DemiBold);
   painter.setFont(font);
   painter.setPen(Qt::white);

@@ -22,7 +22,7 @@ bool isSign(const QString& status) {
 
 }  // namespace
 
-ListView::ListView(const std::vector<ListRow>& rows, QWidget* parent) : QWidget(parent) {
+ListView::ListView(const std::vector<ListRow>& rows, QWidget* parent) : QWidget(parent), rowHeight_(look::rowHeight) {
   for (const auto& row : rows) {
     const QString title = QString::fromStdString(row.title);
     const QString path = QString::fromStdString(row.icon);
@@ -32,8 +32,8 @@ ListView::ListView(const std::vector<ListRow>& rows, QWidget* parent) : QWidget(
   }
 }
 
-int ListView::contentHeight() const {
-  return static_cast<int>(rows_.size()) * look::rowHeight;
+int ListView::heightOf(std::size_t rows, int rowHeight) {
+  return static_cast<int>(rows) * rowHeight;
 }
 
 void ListView::change(const QString& titleAndStatus) {
@@ -62,7 +62,7 @@ void ListView::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
   for (std::size_t i = 0; i < rows_.size(); ++i) {
-    const QRect box(0, static_cast<int>(i) * look::rowHeight, width(), look::rowHeight);
+    const QRect box(0, static_cast<int>(i) * rowHeight_, width(), rowHeight_);
     if (i > 0) {
       painter.setPen(look::separator);
       painter.drawLine(box.left() + padding, box.top(), box.right() - padding, box.top());

@@ -13,7 +13,11 @@ class ListView : public QWidget {
  public:
   ListView(const std::vector<ListRow>& rows, QWidget* parent = nullptr);
 
-  int contentHeight() const;
+  /// Height of all rows, each this high.
+  static int heightOf(std::size_t rows, int rowHeight);
+  std::size_t count() const { return rows_.size(); }
+  void setRowHeight(int height) { rowHeight_ = height; }
+  int contentHeight() const { return heightOf(rows_.size(), rowHeight_); }
   /// "TITLE: STATUS" changes the row of that title; a status that is no known word is shown as its text.
   void change(const QString& titleAndStatus);
   bool isAnimated() const;
@@ -31,6 +35,7 @@ class ListView : public QWidget {
   void paintRow(QPainter& painter, const Row& row, const QRect& box) const;
 
   std::vector<Row> rows_;
+  int rowHeight_;
   int turn_ = 0;
 };
 

@@ -8,18 +8,20 @@ namespace vorlu::simulator::look {
 // Sizes in points of the Mac, which are pixels of a display without scaling.
 constexpr int cornerRadius = 12;
 constexpr int sideMargin = 20;
-constexpr int topMargin = 18;
+constexpr int topMargin = 16;
 constexpr int bottomMargin = 16;
 constexpr int gap = 12;      // between the blocks of a window
 constexpr int iconGap = 18;  // between icon and text
 constexpr int buttonHeight = 28;
 constexpr int buttonWidth = 84;  // at least
 constexpr int buttonGap = 10;
-constexpr int focusRing = 3;  // drawn around a button, inside its widget
-constexpr int rowHeight = 40;
+constexpr int focusRing = 3;   // drawn around a button, inside its widget
+constexpr int rowHeight = 40;  // at least; rows of a roomy window are a little higher
+constexpr int highestRow = 48;
 constexpr int rowIcon = 28;
 constexpr int rowSign = 18;
 constexpr int smallestFont = 11;
+constexpr int largestFont = 48;
 
 const QColor window(0xf5, 0xf5, 0xf7);
 const QColor outline(0, 0, 0, 46);

@@ -21,18 +21,22 @@ namespace vorlu::simulator {
 
 namespace {
 
-constexpr int textGap = 6;  // between title, message and progress
+constexpr int textGap = 7;  // between title, message and progress
 constexpr int progressTextHeight = 18;
 constexpr int timerBarWidth = 150;
-constexpr int screenMargin = 24;   // between a window in a corner and the screen's edge
-constexpr double leastRows = 1.6;  // of a list whose window is too small: the cut row says that it scrolls
+constexpr int screenMargin = 24;     // between a window in a corner and the screen's edge
+constexpr int listEdge = 1;          // the line around the list
+constexpr double headRise = 0.38;    // share of the spare room that stands above icon and text
+constexpr double widestIcon = 0.35;  // share of the window's width
+constexpr double leastRows = 1.6;    // of a list whose window is too small: the cut row says that it scrolls
 
 // What a prompt that doesn't tell gets.
 struct Defaults {
-  int width, iconSize, titleSize, messageSize;
+  int width, highest, iconSize, titleSize, messageSize;
 };
-constexpr Defaults full{600, 80, 16, 13};
-constexpr Defaults mini{480, 60, 15, 12};
+constexpr Defaults full{600, 620, 80, 16, 13};
+constexpr Defaults mini{480, 300, 60, 15, 12};
+constexpr int leastHead = 60;  // height that icon and text have in the smallest window
 
 int given(int value, int otherwise) {
   return value > 0 ? value : otherwise;
@@ -65,7 +69,8 @@ PromptWindow::PromptWindow(const Prompt& prompt) : prompt_(prompt) {
   const Defaults& defaults = prompt.mini ? mini : full;
   setWindowFlags(Qt::Window | Qt::FramelessWindowHint | (prompt.onTop ? Qt::WindowStaysOnTopHint : Qt::WindowType(0)));
   setWindowTitle(text(prompt.title));
-  iconSize_ = prompt.icon.empty() ? 0 : given(prompt.iconSize, defaults.iconSize);
+  const int widest = static_cast<int>(given(prompt.width, defaults.width) * widestIcon);
+  iconSize_ = prompt.icon.empty() ? 0 : std::min(given(prompt.iconSize, defaults.iconSize), widest);
   loadIcon();
   title_ = new TitleView(given(prompt.titleSize, defaults.titleSize), this);
   title_->setText(text(prompt.title));
@@ -143,44 +148,68 @@ int PromptWindow::footerHeight() const {
 int PromptWindow::contentHeight(int width) const {
   const int textLeft = iconSize_ > 0 ? iconSize_ + look::iconGap : 0;
   const int head = std::max(iconSize_, textHeight(width - 2 * look::sideMargin - textLeft));
-  const int list = list_ != nullptr ? look::gap + list_->contentHeight() : 0;
+  const int list = list_ != nullptr ? look::gap + naturalListHeight() : 0;
   return look::topMargin + head + list + footerHeight() + look::bottomMargin;
+}
+
+// The buttons and a little text are always seen.
+QSize PromptWindow::leastSize() const {
+  int width = 2 * look::sideMargin;
+  for (const PushButton* button : {button1_, button2_}) width += button != nullptr ? button->width() : 0;
+  return {width, look::topMargin + leastHead + footerHeight() + look::bottomMargin};
 }
 
 // Takes the size that was asked for, or that the content needs, and never more than the screen has.
 void PromptWindow::fit() {
+  const Defaults& defaults = prompt_.mini ? mini : full;
   const QSize most = screen()->availableSize() - QSize(2 * screenMargin, 2 * screenMargin);
-  const int wide = std::min(given(prompt_.width, prompt_.mini ? mini.width : full.width), most.width());
-  setFixedSize(wide, std::min(given(prompt_.height, contentHeight(wide)), most.height()));
+  const QSize least = leastSize();
+  const int wide = std::min(std::max(given(prompt_.width, defaults.width), least.width()), most.width());
+  const int natural = std::min(contentHeight(wide), defaults.highest);
+  setFixedSize(wide, std::min(std::max(given(prompt_.height, natural), least.height()), most.height()));
   QBitmap shape(size());
   shape.fill(Qt::color0);
   QPainter painter(&shape);
   painter.setBrush(Qt::color1);
+  painter.setPen(Qt::NoPen);
   painter.drawRoundedRect(rect(), look::cornerRadius, look::cornerRadius);
   painter.end();
   setMask(shape);
   arrange();
 }
 
-// From the bottom up: the buttons have their place, then the list gives way before the text does.
+int PromptWindow::naturalListHeight() const {
+  return ListView::heightOf(list_->count(), look::rowHeight) + 2 * listEdge;
+}
+
+// The list takes what room there is: its rows grow a little, or it scrolls before the text has to.
+int PromptWindow::listHeight(int room) {
+  const int natural = naturalListHeight();
+  const int rows = static_cast<int>(list_->count());
+  list_->setRowHeight(std::clamp((room - 2 * listEdge) / rows, look::rowHeight, look::highestRow));
+  if (natural <= room) return list_->contentHeight() + 2 * listEdge;
+  return std::max(room, std::min(natural, static_cast<int>(leastRows * look::rowHeight)));
+}
+
+// From the bottom up: the buttons have their place, then the list, then the text. Spare room goes around the text.
 void PromptWindow::arrange() {
   arrangeFooter();
   const int textLeft = look::sideMargin + (iconSize_ > 0 ? iconSize_ + look::iconGap : 0);
   const int textWidth = width() - look::sideMargin - textLeft;
   const int bottom = height() - look::bottomMargin - footerHeight();
-  const int room = std::max(bottom - look::topMargin, 0);
-  int list = list_ != nullptr ? list_->contentHeight() : 0;
+  int headRoom = std::max(bottom - look::topMargin, 0);
   const int head = std::max(iconSize_, textHeight(textWidth));
-  if (list_ != nullptr && head + look::gap + list > room) {
-    const int least = std::min(list, static_cast<int>(leastRows * look::rowHeight));
-    list = std::max(least, room - look::gap - head);
-  }
-  const int headRoom = std::max(room - (list_ != nullptr ? look::gap + list : 0), 0);
-  arrangeText(QRect(textLeft, look::topMargin, textWidth, std::min(head, headRoom)));
   if (list_ != nullptr) {
+    const int list = listHeight(headRoom - look::gap - head);
+    headRoom = std::max(headRoom - look::gap - list, 0);
     listBox_ = QRect(look::sideMargin, bottom - list, width() - 2 * look::sideMargin, list);
-    listArea_->place(listBox_.adjusted(1, 1, -1, -1), list_->contentHeight());
+    listArea_->place(listBox_.adjusted(listEdge, listEdge, -listEdge, -listEdge), list_->contentHeight());
   }
+  const int rise = static_cast<int>(headRise * std::max(headRoom - head, 0));
+  const int top = look::topMargin + rise;
+  const int icon = std::min(iconSize_, headRoom);
+  iconBox_ = QRect(look::sideMargin, top, icon, icon);
+  arrangeText(QRect(textLeft, top, textWidth, std::min(head, headRoom)));
   update();
 }
 
@@ -294,7 +323,7 @@ void PromptWindow::paintEvent(QPaintEvent*) {
   painter.fillRect(rect(), look::window);
   painter.setPen(QPen(look::outline, 1));
   painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), look::cornerRadius, look::cornerRadius);
-  if (iconSize_ > 0) painter.drawImage(QRect(look::sideMargin, look::topMargin, iconSize_, iconSize_), icon_);
+  if (iconSize_ > 0) painter.drawImage(iconBox_, icon_);
   if (list_ == nullptr) return;
   painter.setPen(QPen(look::track, 1));
   painter.setBrush(Qt::white);

@@ -50,6 +50,9 @@ class PromptWindow : public QWidget {
   int textHeight(int width) const;
   int progressHeight() const;
   int footerHeight() const;
+  int naturalListHeight() const;
+  int listHeight(int room);
+  QSize leastSize() const;
   void fit();
   void arrange();
   void arrangeFooter();
@@ -63,6 +66,7 @@ class PromptWindow : public QWidget {
   std::optional<int> ended_;
   int iconSize_ = 0;  // 0 without one
   QImage icon_;
+  QRect iconBox_;
   QRect listBox_;
   TitleView* title_;
   MessageView* message_;

@@ -65,7 +65,7 @@ void PushButton::paintEvent(QPaintEvent*) {
   painter.drawRoundedRect(face.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
   painter.setPen(colours.text);
   painter.drawText(face, Qt::AlignCenter,
-                   fontMetrics().elidedText(text(), Qt::ElideRight, static_cast<int>(face.width()) - padding));
+                   fontMetrics().elidedText(text(), Qt::ElideRight, static_cast<int>(face.width()) - 2 * padding + 2));
 }
 
 }  // namespace vorlu::simulator

@@ -16,7 +16,7 @@ namespace vorlu::simulator {
 namespace {
 
 constexpr int mostTitleLines = 2;
-constexpr double messageLineHeight = 126;  // percent
+constexpr double messageLineHeight = 118;  // percent
 
 // The title's lines as they are shown.
 QStringList brokenLines(const QString& text, const QFont& font, int width) {
