@@ -62,6 +62,11 @@ int pretendWindow(const Prompt& prompt, CommandFile& commands) {
 int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   logCall("Dialog", arguments);
+  if (arguments.empty()) {
+    // Opened like an application, or brought forward a moment too late.
+    fmt::print(stderr, "Dialog: there is nothing to show\n");
+    return ending::quit;
+  }
   std::vector<std::string> complaints;
   const Prompt prompt = parsePrompt(arguments, complaints);
   for (const auto& complaint : complaints) fmt::print(stderr, "Dialog: {}\n", complaint);
