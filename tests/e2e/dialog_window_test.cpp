@@ -10,7 +10,7 @@ namespace {
 // be is printed.
 const std::string person = R"sh(
 folder=$1 dialog=$2 commands=$1/commands
-trap 'kill $(jobs -p) 2>/dev/null' EXIT
+trap '[[ $BASHPID != $$ ]] || kill $screen $(jobs -p) 2>/dev/null' EXIT
 unset WAYLAND_DISPLAY QT_SCALE_FACTOR
 exec 3< <(exec Xvfb -displayfd 1 -screen 0 1280x800x24 -fbdir "$folder" -noreset -nolisten tcp 2>/dev/null)
 screen=$!
