@@ -118,7 +118,7 @@ PromptExit runDialogCommand(Vorlu& vorlu, const DialogCommand& command, Foregrou
   const ProcessResult result =
       refresh == ForegroundRefresh::everyMinute ? waitWithRefresh(vorlu, *prompt) : prompt->wait();
   logToolFailure(vorlu.log, shell, result);
-  return readPromptExit(result.output);
+  return readPromptExit(result.timedOut ? "" : result.output);  // a killed prompt has agreed to nothing
 }
 
 void runUnansweredPrompt(Vorlu& vorlu, const DialogCommand& command) {
