@@ -51,6 +51,9 @@ TEST(LinuxProcesses, ReportsHowAChildEnded) {
   EXPECT_EQ(killed.status, -1);
   EXPECT_EQ(killed.signal, SIGKILL);
   EXPECT_EQ(processes.run(commandOf("/bin/echo", {"a b", "", "$HOME"})).output, "a b  $HOME\n");
+  const auto later = processes.start(script("sleep 0.1; exit 4"));
+  EXPECT_TRUE(later->isRunning());
+  EXPECT_EQ(later->wait().status, 4);
   const auto absent = processes.run(commandOf("/no/such/program"));
   EXPECT_FALSE(absent.started);
   EXPECT_EQ(absent.error, "/no/such/program: No such file or directory");
