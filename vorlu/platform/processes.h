@@ -19,6 +19,9 @@ struct Command {
   bool mergeStandardError = true;      ///< standard error into the same pipe; otherwise it is discarded
   /// Longest run; then the program and all it started are killed.
   std::chrono::seconds limit = std::chrono::minutes(30);
+  /// How long it may go on, or even begin, once the agent has been asked to end. For what may not be cut in the middle
+  /// and for what releases something; the latter runs in scopes that may not throw.
+  std::chrono::seconds grace{0};
   /// Receives the output as it arrives, in pieces of any size; when set, `ProcessResult::output` stays empty.
   std::function<void(std::string_view)> onOutput;
   std::size_t outputCap = std::size_t{16} << 20;  ///< bytes kept; what comes after is read and dropped
@@ -33,7 +36,8 @@ struct ProcessResult {
   std::string output;
 };
 
-/// Child processes. Stands for NSTask and kill.
+/// Child processes. Stands for NSTask and kill. `run` and `launch` throw `Terminated` once the agent has been asked to
+/// end; a child that runs at that moment is killed with all it started, one that was launched lives on.
 class Processes {
  public:
   virtual ~Processes() = default;

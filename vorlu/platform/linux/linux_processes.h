@@ -1,6 +1,5 @@
 #pragma once
 
-#include "vorlu/platform/linux/running_children.h"
 #include "vorlu/platform/processes.h"
 
 namespace vorlu {
