@@ -201,6 +201,7 @@ InstallOutcome runInstallPipeline(Vorlu& vorlu, const InstallRequest& request) {
   try {
     for (const auto stage : {checkConditions, ensureCacheDirectory, obtainInstaller, considerRunningApp,
                              prepareInstaller, installItems, finishInstall, checkInstalledVersion, cleanUp}) {
+      vorlu.platform.processes.throwIfTerminated();
       if (const StageEnd end = stage(job)) return *end;
     }
   } catch (const Terminated&) {

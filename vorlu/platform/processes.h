@@ -46,6 +46,8 @@ class Processes {
   virtual ProcessResult run(const Command& command) = 0;
   /// Starts and leaves running, without a pipe; the child outlives the agent. Its process id, or nothing.
   virtual std::optional<pid_t> launch(const Command& command) = 0;
+  /// For steps between which nothing waits: throws `Terminated` once the agent has been asked to end.
+  virtual void throwIfTerminated() {}
   virtual bool signal(pid_t pid, int signal) = 0;
   /// Whether a process with this id exists (kill with signal 0).
   virtual bool isAlive(pid_t pid) = 0;

@@ -140,7 +140,7 @@ void recordEnd(const siginfo_t& how, ProcessResult& result) {
 }  // namespace
 
 ProcessResult LinuxProcesses::run(const Command& command) {
-  if (terminationAsked() && command.grace == std::chrono::seconds::zero()) throw Terminated{};
+  if (command.grace == std::chrono::seconds::zero()) throwIfTerminated();
   ProcessResult result;
   auto pipe = makePipe();
   if (!pipe) {
@@ -165,12 +165,16 @@ ProcessResult LinuxProcesses::run(const Command& command) {
 }
 
 std::optional<pid_t> LinuxProcesses::launch(const Command& command) {
-  if (terminationAsked()) throw Terminated{};
+  throwIfTerminated();
   const auto spawned = spawnChild(command, -1);
   if (!spawned) return std::nullopt;
   // Only its end is waited for, so that no dead process shows to those who look for its name.
   std::thread([pid = *spawned] { uninterrupted([&] { return ::waitpid(pid, nullptr, 0); }); }).detach();
   return *spawned;
+}
+
+void LinuxProcesses::throwIfTerminated() {
+  if (terminationAsked()) throw Terminated{};
 }
 
 bool LinuxProcesses::signal(pid_t pid, int signal) {

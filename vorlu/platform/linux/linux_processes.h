@@ -10,6 +10,7 @@ class LinuxProcesses : public Processes {
  public:
   ProcessResult run(const Command& command) override;
   std::optional<pid_t> launch(const Command& command) override;
+  void throwIfTerminated() override;
   bool signal(pid_t pid, int signal) override;
   bool isAlive(pid_t pid) override;
   pid_t ownPid() override;
