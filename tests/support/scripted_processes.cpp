@@ -98,9 +98,10 @@ ProcessResult ScriptedProcesses::run(const Command& command) {
       if (argument.starts_with(real->second.agentPath)) argument.insert(0, real->second.root);
     return LinuxProcesses().run(hostCommand);
   }
-  const Answer answer = answerFor(line);
+  Answer answer = answerFor(line);
   lock.unlock();
   if (answer.effect) answer.effect(command);
+  if (answer.print) answer.output = answer.print(command);
   return resultOf(answer, command);
 }
 
@@ -120,7 +121,19 @@ std::optional<pid_t> ScriptedProcesses::launch(const Command& command) {
 bool ScriptedProcesses::signal(pid_t pid, int signal) {
   const std::scoped_lock lock(mutex_);
   commands_.push_back(fmt::format("kill -{} {}", signal, pid));
-  return signal == 0 ? alive_.contains(pid) : alive_.erase(pid) > 0;
+  const bool ends = signal == 9 || (signal != 0 && !stubborn_.contains(pid));
+  return ends ? alive_.erase(pid) > 0 : alive_.contains(pid);
+}
+
+void ScriptedProcesses::addProcess(pid_t pid, bool stubborn) {
+  const std::scoped_lock lock(mutex_);
+  alive_.insert(pid);
+  if (stubborn) stubborn_.insert(pid);
+}
+
+void ScriptedProcesses::endProcess(pid_t pid) {
+  const std::scoped_lock lock(mutex_);
+  alive_.erase(pid);
 }
 
 bool ScriptedProcesses::isAlive(pid_t pid) {

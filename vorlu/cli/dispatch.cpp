@@ -9,10 +9,14 @@
 
 #include "vorlu/cli/command_option.h"
 #include "vorlu/cli/console_io.h"
+#include "vorlu/cli/first_install.h"
 #include "vorlu/cli/initialise_run.h"
 #include "vorlu/detection/find_app.h"
+#include "vorlu/install/component_update.h"
+#include "vorlu/install/self_update.h"
 #include "vorlu/policy/update_check_flow.h"
 #include "vorlu/server/key_material.h"
+#include "vorlu/server/signed_request.h"
 #include "vorlu/state/agent_version.h"
 #include "vorlu/state/end_run.h"
 #include "vorlu/vorlu.h"
@@ -62,19 +66,19 @@ std::string lowered(std::string text) {
 }
 
 void installApp(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-i", "--install"});
+  vorlu.modes.requestedApp = requireSubArgument(vorlu, arguments, {"-i", "--install"});
   requireRoot(vorlu, rootForInstalls);
   endWithoutFlow(vorlu, "--install");
 }
 
 void installAppWithProgress(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-ip", "--installProgress", "--installprogress"});
+  vorlu.modes.requestedApp = requireSubArgument(vorlu, arguments, {"-ip", "--installProgress", "--installprogress"});
   requireRoot(vorlu, rootForInstalls);
   endWithoutFlow(vorlu, "--installProgress");
 }
 
 void installAppFromTestingCatalog(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-it"});
+  vorlu.modes.requestedApp = requireSubArgument(vorlu, arguments, {"-it"});
   requireRoot(vorlu, rootForInstalls);
   endWithoutFlow(vorlu, "-it");
 }
@@ -105,7 +109,8 @@ void sendReport(Vorlu& vorlu, const Arguments& arguments) {
 
 void initialiseInstallation(Vorlu& vorlu) {
   requireRoot(vorlu, "Vorlu must be run as root");
-  endWithoutFlow(vorlu, "--init");
+  firstInstallInitialise(vorlu);
+  endRun(vorlu, 0);
 }
 
 void deleteKeys(Vorlu& vorlu) {
@@ -131,6 +136,20 @@ void checkForNewUpdates(Vorlu& vorlu) {
   updateCheckFlow(vorlu, false);
 }
 
+void updateAgent(Vorlu& vorlu) {
+  vorlu.modes.updateMode = true;
+  if (vorlu.preferences.general().autoUpdate) {
+    fetchServerData(vorlu);
+    selfUpdate(vorlu);
+    updateComponents(vorlu, true);
+  } else {
+    vorlu.platform.console.print(
+        "Vorlu self updates are not allowed. Contact your administrator and ask for Self Updates to be enabled and try "
+        "again");
+  }
+  endRun(vorlu, 0);
+}
+
 void update(Vorlu& vorlu, const Arguments& arguments) {
   const std::string& subArgument = requireSubArgument(vorlu, arguments, {"-u", "--update"});
   static constexpr std::array forms = {"-force",      "force", "prompt", "testprompt", "timerprompt",
@@ -146,6 +165,7 @@ void update(Vorlu& vorlu, const Arguments& arguments) {
     checkForNewUpdates(vorlu);
     return;
   }
+  if (form == "self") return updateAgent(vorlu);
   endWithoutFlow(vorlu, fmt::format("--update {}", form));
 }
 

@@ -20,6 +20,7 @@ inline const std::string appInventory = run + "/appInventory.json";
 inline const std::string downloads = run + "/Downloads";
 inline const std::string output = run + "/Output";
 inline const std::string jamfLog = support + "/Logs/JamfPro_EA.log";
+inline const std::string appIcons = support + "/Resources/AppIcons";
 inline const std::string log = "/var/log/Vorlu.log";
 
 inline const std::string packageReceipts = "/var/db/receipts";
