@@ -11,6 +11,7 @@
 #include "vorlu/cli/console_io.h"
 #include "vorlu/cli/initialise_run.h"
 #include "vorlu/detection/find_app.h"
+#include "vorlu/install/install_command.h"
 #include "vorlu/policy/update_check_flow.h"
 #include "vorlu/server/key_material.h"
 #include "vorlu/state/agent_version.h"
@@ -61,22 +62,35 @@ std::string lowered(std::string text) {
   return text;
 }
 
-void installApp(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-i", "--install"});
+void installOnRequest(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier = requireSubArgument(vorlu, arguments, {"-i", "--install"});
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "--install");
+  vorlu.modes.installMode = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  initialiseRun(vorlu, {});
+  installApp(vorlu, identifier, false);
 }
 
-void installAppWithProgress(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-ip", "--installProgress", "--installprogress"});
+void installWithProgress(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier =
+      requireSubArgument(vorlu, arguments, {"-ip", "--installProgress", "--installprogress"});
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "--installProgress");
+  vorlu.modes.installProgressMode = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  vorlu.log("Show progress flag specified", silent);
+  initialiseRun(vorlu, {.showProgress = true});
+  installApp(vorlu, identifier, true);
 }
 
-void installAppFromTestingCatalog(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-it"});
+void installFromTestingCatalog(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier = requireSubArgument(vorlu, arguments, {"-it"});
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "-it");
+  vorlu.modes.installMode = true;
+  vorlu.modes.testingBlueprints = true;
+  vorlu.modes.testInstall = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  initialiseRun(vorlu, {});
+  installApp(vorlu, identifier, false);
 }
 
 void checkIdentifier(Vorlu& vorlu, const Arguments& arguments) {
@@ -161,11 +175,11 @@ void dispatchCommand(Vorlu& vorlu, const Arguments& arguments) {
       vorlu.platform.console.print(fmt::format("Vorlu Version: {}", agentVersion));
       exitProcess(0);
     case CommandOption::install:
-      return installApp(vorlu, arguments);
+      return installOnRequest(vorlu, arguments);
     case CommandOption::installProgress:
-      return installAppWithProgress(vorlu, arguments);
+      return installWithProgress(vorlu, arguments);
     case CommandOption::installTest:
-      return installAppFromTestingCatalog(vorlu, arguments);
+      return installFromTestingCatalog(vorlu, arguments);
     case CommandOption::check:
       return checkIdentifier(vorlu, arguments);
     case CommandOption::report:

@@ -26,6 +26,7 @@ struct UpdateState {
   ApplicationInventory currentUpdate;                ///< the record under work
   std::vector<ApplicationInventory> skippedUpdates;  ///< in use at the last full pass
   std::vector<std::string> failedUpdates;            ///< `serverName` of failed applications
+  std::vector<std::string> forcedApps;               ///< names of apps that a forced update of this run has handled
   int currentUpdateNumber = 0;
 };
 
