@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "vorlu/state/paths.h"
 #include "vorlu/state/property_list.h"
 #include "vorlu/state/run_data.h"
@@ -15,8 +13,6 @@ namespace {
 constexpr std::string_view receiptEnding = " Patch Receipt.plist";
 constexpr std::int64_t defaultGraceMinutes = 15;
 constexpr std::int64_t defaultPeriodMinutes = 60;
-// Beyond what any clock shows: sums stay in range whatever a receipt says.
-constexpr std::int64_t endOfTime = std::int64_t{1} << 40;
 const Ownership stateOwnership{0644, "root", "wheel"};
 
 /// One key into the receipt; a failure changes nothing.
@@ -84,15 +80,8 @@ std::int64_t graceMinutesOf(const ReceiptData& receipt) {
   return minutes && *minutes >= 1 ? *minutes : defaultGraceMinutes;
 }
 
-std::optional<std::int64_t> deferralEnd(const ReceiptData& receipt) {
-  if (!receipt.lastRun) return std::nullopt;
-  const std::int64_t minutes = receipt.deferralPeriod.value_or(defaultPeriodMinutes);
-  return std::clamp(*receipt.lastRun, -endOfTime, endOfTime) + 60 * std::clamp(minutes, -endOfTime, endOfTime);
-}
-
-bool deferralPeriodElapsed(const ReceiptData& receipt, std::int64_t now) {
-  const auto end = deferralEnd(receipt);
-  return !end || *end < now;
+std::int64_t periodMinutesOf(const ReceiptData& receipt) {
+  return receipt.deferralPeriod.value_or(defaultPeriodMinutes);
 }
 
 void beginCurrentTask(Vorlu& vorlu, const std::string& app) {

@@ -33,10 +33,8 @@ std::optional<std::int64_t> deferralsOf(const ReceiptData& receipt);
 /// Grace before the app is quit, in minutes; 15 where the receipt gives none.
 std::int64_t graceMinutesOf(const ReceiptData& receipt);
 
-/// When the next prompt may come, seconds since the epoch; nothing for a receipt that has never run.
-std::optional<std::int64_t> deferralEnd(const ReceiptData& receipt);
-/// Whether that moment lies before `now`.
-bool deferralPeriodElapsed(const ReceiptData& receipt, std::int64_t now);
+/// Minutes between two deferrals; 60 where the receipt gives none.
+std::int64_t periodMinutesOf(const ReceiptData& receipt);
 
 /// Marks `app` as the one in work, in `Run`/Current Task. Failures are logged.
 void beginCurrentTask(Vorlu& vorlu, const std::string& app);

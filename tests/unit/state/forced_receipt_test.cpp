@@ -1,6 +1,7 @@
 #include "vorlu/state/forced_receipt.h"
 
 #include "tests/support/agent_run.h"
+#include "vorlu/policy/forced_update.h"
 
 namespace vorlu::test {
 namespace {
