@@ -63,6 +63,7 @@ void finishSuccessfulUpdate(Vorlu& vorlu, const ForcedMark& mark, const ForcedSi
 
 void finishFailedUpdate(Vorlu& vorlu, ForcedMark& mark, const ForcedSight* sight) {
   if (sight != nullptr) {
+    if (sight->wasQuit) relaunch(vorlu, mark);
     vorlu.log(fmt::format("The {} update failed. Informing user...", mark.appName));
     showFailurePrompt(vorlu, prepareForcedFailurePrompt(vorlu, mark.appName));
   }

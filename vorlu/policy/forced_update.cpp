@@ -8,13 +8,17 @@
 #include "vorlu/detection/find_app.h"
 #include "vorlu/detection/update_check.h"
 #include "vorlu/install/pipeline.h"
+#include "vorlu/install/running_apps.h"
+#include "vorlu/policy/acceptable_use.h"
 #include "vorlu/policy/deferral_window.h"
 #include "vorlu/policy/finish_forced_update.h"
 #include "vorlu/policy/run_limits.h"
+#include "vorlu/policy/update_run.h"
 #include "vorlu/prompts/app_icon.h"
 #include "vorlu/prompts/console_session.h"
 #include "vorlu/prompts/grace_prompt.h"
 #include "vorlu/prompts/initial_prompt.h"
+#include "vorlu/state/end_run.h"
 #include "vorlu/state/forced_receipt.h"
 #include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
@@ -77,8 +81,33 @@ bool passesRunLimits(Vorlu& vorlu) {
   return passesRunDayGate(vorlu.log, clock, limits, std::nullopt) && passesRunTimeGate(vorlu.log, clock, limits);
 }
 
+AcceptableUseLines acceptableUseLines(const std::string& appName) {
+  const std::string skipped = fmt::format("Forced {} update skipped due to ", appName);
+  return {
+      "None of the DND Apps are in the foreground.",
+      "No DND Application Assertions are configured for forced updates.",
+      "Found configured DND Application assertions: {apps}",
+      {"The following configured DND App(s) are in the foreground, the update will be skipped with no user prompts: "
+       "{apps}",
+       skipped + "the following configured DND App(s) being in the foreground: {apps}"},
+      {"The following configured DND Assertion App(s) are using assertions, the update will be skipped with no user "
+       "prompts: {apps}",
+       skipped + "the following configured DND Assertion App(s) using assertions: {apps}"},
+      {"The camera is in use.", skipped + "the camera being in use when attempting to prompt the user."},
+      {"DND mode is active. Skipping update prompt",
+       "Update skipped due to DND mode being in use when attempting to prompt the user."},
+      {"Screen Sharing is in use.", skipped + "screen sharing being in use when attempting to prompt the user."}};
+}
+
+bool passesAcceptableUse(Vorlu& vorlu, const ForcedMark& mark) {
+  const auto use =
+      checkAcceptableUse(vorlu, acceptableUseKeys(vorlu.preferences.forced()), acceptableUseLines(mark.appName));
+  if (use && *use != AcceptableUse::camera) runJamfInventory(vorlu);
+  return !use;
+}
+
 bool mayGoOn(Vorlu& vorlu, const ForcedMark& mark) {
-  return passesDeferralPeriod(vorlu, mark) && passesRunLimits(vorlu);
+  return passesDeferralPeriod(vorlu, mark) && passesRunLimits(vorlu) && passesAcceptableUse(vorlu, mark);
 }
 
 bool hasDeferrals(const ForcedMark& mark) {
@@ -148,6 +177,15 @@ bool userAgrees(Vorlu& vorlu, ForcedMark& mark, const UpdatePrompt& prompt) {
   return true;
 }
 
+ForcedOutcome finish(Vorlu& vorlu, ForcedMark& mark, bool updated, const ForcedSight* sight) {
+  if (updated) {
+    finishSuccessfulUpdate(vorlu, mark, sight);
+  } else {
+    finishFailedUpdate(vorlu, mark, sight);
+  }
+  return updated ? ForcedOutcome::updated : ForcedOutcome::failed;
+}
+
 ForcedOutcome updateInFrontOfUser(Vorlu& vorlu, ForcedMark& mark) {
   if (!somebodyAtConsole(vorlu)) {
     vorlu.log(fmt::format("{} is in use, but there is no user to ask. The update has to wait", mark.appName), silent);
@@ -158,23 +196,17 @@ ForcedOutcome updateInFrontOfUser(Vorlu& vorlu, ForcedMark& mark) {
   const UpdatePrompt prompt = preparePrompt(vorlu, mark, sight.icon);
   sight.completeMessage = prompt.completeMessage;
   if (!userAgrees(vorlu, mark, prompt)) return ForcedOutcome::deferred;
-  XXX
+  sight.wasQuit = isSelectedAppRunning(vorlu, mark.update.installedPath, mark.appName);
+  runUpdateWithProgress(vorlu, {mark.update}, UpdateRunKind::forced);
+  return finish(vorlu, mark, vorlu.updates.failedAppNames.empty(), &sight);
 }
 
 /// An app that isn't in use is updated without a word to the user.
 ForcedOutcome update(Vorlu& vorlu, ForcedMark& mark) {
   vorlu.updates.forcedApps.push_back(mark.appName);
-  switch (updateUnlessInUse(vorlu, mark)) {
-    case InstallOutcome::inUse:
-      return updateInFrontOfUser(vorlu, mark);
-    case InstallOutcome::installed:
-      finishSuccessfulUpdate(vorlu, mark, nullptr);
-      return ForcedOutcome::updated;
-    case InstallOutcome::failed:
-      finishFailedUpdate(vorlu, mark, nullptr);
-      return ForcedOutcome::failed;
-  }
-  return ForcedOutcome::failed;
+  const InstallOutcome outcome = updateUnlessInUse(vorlu, mark);
+  if (outcome == InstallOutcome::inUse) return updateInFrontOfUser(vorlu, mark);
+  return finish(vorlu, mark, outcome == InstallOutcome::installed, nullptr);
 }
 
 ForcedOutcome work(Vorlu& vorlu, ForcedMark& mark) {
