@@ -13,6 +13,7 @@
 #include "vorlu/cli/initialise_run.h"
 #include "vorlu/detection/find_app.h"
 #include "vorlu/install/component_update.h"
+#include "vorlu/install/install_command.h"
 #include "vorlu/install/self_update.h"
 #include "vorlu/policy/update_check_flow.h"
 #include "vorlu/server/key_material.h"
@@ -65,22 +66,38 @@ std::string lowered(std::string text) {
   return text;
 }
 
-void installApp(Vorlu& vorlu, const Arguments& arguments) {
-  vorlu.modes.requestedApp = requireSubArgument(vorlu, arguments, {"-i", "--install"});
+void installOnRequest(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier = requireSubArgument(vorlu, arguments, {"-i", "--install"});
+  vorlu.modes.requestedApp = identifier;
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "--install");
+  vorlu.modes.installMode = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  initialiseRun(vorlu, {});
+  installApp(vorlu, identifier, false);
 }
 
-void installAppWithProgress(Vorlu& vorlu, const Arguments& arguments) {
-  vorlu.modes.requestedApp = requireSubArgument(vorlu, arguments, {"-ip", "--installProgress", "--installprogress"});
+void installWithProgress(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier =
+      requireSubArgument(vorlu, arguments, {"-ip", "--installProgress", "--installprogress"});
+  vorlu.modes.requestedApp = identifier;
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "--installProgress");
+  vorlu.modes.installProgressMode = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  vorlu.log("Show progress flag specified", silent);
+  initialiseRun(vorlu, {.showProgress = true});
+  installApp(vorlu, identifier, true);
 }
 
-void installAppFromTestingCatalog(Vorlu& vorlu, const Arguments& arguments) {
-  vorlu.modes.requestedApp = requireSubArgument(vorlu, arguments, {"-it"});
+void installFromTestingCatalog(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier = requireSubArgument(vorlu, arguments, {"-it"});
+  vorlu.modes.requestedApp = identifier;
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "-it");
+  vorlu.modes.installMode = true;
+  vorlu.modes.testingBlueprints = true;
+  vorlu.modes.testInstall = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  initialiseRun(vorlu, {});
+  installApp(vorlu, identifier, false);
 }
 
 void checkIdentifier(Vorlu& vorlu, const Arguments& arguments) {
@@ -181,11 +198,11 @@ void dispatchCommand(Vorlu& vorlu, const Arguments& arguments) {
       vorlu.platform.console.print(fmt::format("Vorlu Version: {}", agentVersion));
       exitProcess(0);
     case CommandOption::install:
-      return installApp(vorlu, arguments);
+      return installOnRequest(vorlu, arguments);
     case CommandOption::installProgress:
-      return installAppWithProgress(vorlu, arguments);
+      return installWithProgress(vorlu, arguments);
     case CommandOption::installTest:
-      return installAppFromTestingCatalog(vorlu, arguments);
+      return installFromTestingCatalog(vorlu, arguments);
     case CommandOption::check:
       return checkIdentifier(vorlu, arguments);
     case CommandOption::report:
