@@ -29,81 +29,62 @@ enum class End { alone, beside, left, failed };
 /// The agent 4000, which has just been started, among others.
 struct CoordinationTest : ::testing::Test, AgentRun {
   CoordinationTest() {
-    RunDataFile file;
-    file.CurrentRunType = "N/A";
-    store(file);
+    store({});
     mac.write(paths::offlineData, R"([{"appName": "Slides", "appIdentifier": "slides", "serverName": "slides-server",
       "appType": "appBundle", "appPath": "/Applications/Slides.app"}, {"appName": "Notes", "appIdentifier": "notes"}])");
     vorlu.modes.requestedApp = "notes";
     mac.processes.on("/usr/bin/networkQuality", {.status = 1});
-    mac.processes.on(
-        "/usr/bin/pgrep -x vorlu", {.print = [this](const Command&) {
-          return list([](const Other& o) { return o.program.ends_with("vorlu") ? fmt::format("{}\n", o.pid) : ""; });
-        }});
-    const std::string all = "/bin/ps -Aww -o pid= -o ";
-    mac.processes.on(all + "ppid= -o user= -o etime= -o comm=", {.print = [this](const Command&) {
-                       return fmt::format("  PID garbled\n4000 3999 root {} vorlu\n", elapsed({.age = ownAge})) +
-                              list([this](const Other& o) {
-                                return fmt::format("{:5} {:5} {:<16} {:>11} {}\n", o.pid, o.parent, o.user, elapsed(o),
-                                                   o.program);
-                              });
-                     }});
-    mac.processes.on(all + "command=", {.print = [this](const Command&) {
-                       return list([](const Other& o) { return fmt::format("{:5} {}\n", o.pid, o.line); });
+    print("/usr/bin/pgrep -x vorlu", "",
+          [](const Other& o) { return o.program.ends_with("vorlu") ? fmt::format("{}\n", o.pid) : ""; });
+    print(table, "  PID garbled\n", [this](const Other& o) {
+      return fmt::format("{:5} {:5} {:<16} {:>11} {}\n", o.pid, o.parent, o.user, elapsed(o), o.program);
+    });
+    print("/bin/ps -Aww -o pid= -o command=", "", [](const Other& o) { return fmt::format("{} {}\n", o.pid, o.line); });
+    add({.pid = 4000, .age = 0, .parent = 3999});
+  }
+  /// What a command prints: something for each process that is alive.
+  template <class Print>
+  void print(const std::string& command, const std::string& before, Print one) {
+    mac.processes.on(command, {.print = [this, before, one](const Command&) {
+                       std::string text = before;
+                       for (const Other& other : others) text += mac.processes.isAlive(other.pid) ? one(other) : "";
+                       return text;
                      }});
   }
-
+  std::string elapsed(const Other& other) {
+    const auto age = other.age + static_cast<std::int64_t>(waited());
+    return fmt::format("{:02}-{:02}:{:02}:{:02}", age / 86400, age / 3600 % 24, age / 60 % 60, age % 60);
+  }
   void add(const Other& other, bool stubborn = false) {
     others.push_back(other);
     mac.processes.addProcess(other.pid, stubborn);
-    mac.processes.on(fmt::format("/bin/ps -o etime= -p {}", other.pid), {.print = [this, other](const Command&) {
-                       return mac.processes.isAlive(other.pid) ? "  " + elapsed(other) + "\n" : "";
-                     }});
+    print(fmt::format("/bin/ps -o etime= -p {}", other.pid), "  ",
+          [this, other](const Other& o) { return o.pid == other.pid ? elapsed(other) + "\n" : ""; });
   }
   void endAt(Seconds when, pid_t pid) {
     mac.clock.at(when, [this, pid] { mac.processes.endProcess(pid); });
   }
   void setType(const std::string& type) {
-    RunDataFile file = runData();
+    RunDataFile file;
     file.CurrentRunType = type;
     store(file);
   }
-  void typeAt(Seconds when, const std::string& type) {
-    mac.clock.at(when, [this, type] { setType(type); });
-  }
   End coordinate() {
     Coordination answer = Coordination::goOn;
-    if (const auto status = endOf([&] { answer = coordinateInstances(vorlu); })) {
-      EXPECT_EQ(*status, 0);
-      return End::left;
-    }
+    if (const auto status = endOf([&] { answer = coordinateInstances(vorlu); }))
+      return *status == 0 ? End::left : End::failed;
     if (answer == Coordination::failed) return End::failed;
     return isAlone(vorlu) ? End::alone : End::beside;
   }
   Lines kills() {
-    Lines lines;
-    for (const std::string& line : tools())
-      if (line.starts_with("kill ")) lines.push_back(line);
+    Lines lines = tools();
+    std::erase_if(lines, [](const std::string& line) { return !line.starts_with("kill "); });
     return lines;
   }
-  Seconds waited() { return mac.clock.now() - start; }
+  Seconds waited() { return mac.clock.now() - VirtualClock::defaultStart; }
 
+  const std::string table = "/bin/ps -Aww -o pid= -o ppid= -o user= -o etime= -o comm=";
   std::vector<Other> others;
-  Seconds start = mac.clock.now();
-  std::int64_t ownAge = 0;
-
- private:
-  std::string elapsed(const Other& other) {
-    const auto age = other.age + static_cast<std::int64_t>(mac.clock.now() - start);
-    return fmt::format("{:02}-{:02}:{:02}:{:02}", age / 86400, age / 3600 % 24, age / 60 % 60, age % 60);
-  }
-  template <class Print>
-  std::string list(Print print) {
-    std::string text;
-    for (const Other& other : others)
-      if (mac.processes.isAlive(other.pid)) text += print(other);
-    return text;
-  }
 };
 
 struct Row {
@@ -132,7 +113,7 @@ TEST_P(RowTest, EndsAsTold) {
   if (row.installed) mac.addApplication("/Applications/Slides.app", "com.example.slides", "1.0");
   add({.pid = 4711, .age = row.age});
   setType(row.type);
-  if (row.then.second) typeAt(row.then.first, row.then.second);
+  if (row.then.second) mac.clock.at(row.then.first, [&] { setType(row.then.second); });
   if (row.goneAt > 0) endAt(row.goneAt, 4711);
   EXPECT_EQ(coordinate(), row.end);
   EXPECT_EQ(kills(), row.killed ? Lines{"kill -15 4711"} : Lines{});
@@ -186,21 +167,15 @@ TEST_F(CoordinationTest, SaysWhatItWaitsFor) {
   vorlu.modes.installMode = true;
   add({});
   setType("appInstallRun:slides-server");
-  endAt(2, 4711);
-  coordinate();
-  EXPECT_THAT(shown(), ElementsAre("An install for Slides is already running. The requested Notes will be queued until "
-                                   "the Slides install is complete. Please wait..."));
-  vorlu.modes.letGoOn = false;
-  add({.pid = 4712});
-  setType("scheduledUpdateInitTest");
+  mac.clock.at(2, [this] { setType("scheduledUpdateInitTest"); });
   coordinate();
   EXPECT_THAT(
       shown(),
-      ElementsAre("Another instance of Vorlu is currently initialising a scheduled update via the \"prompt\" flag. "
-                  "Please wait...",
-                  HasSubstr("was initialising a scheduled update check via the \"prompt\" flag, but"),
-                  "Attempting to gather network quality information...", "Could not gather network quality results",
-                  "Killing duplicate Vorlu process..."));
+      testing::IsSupersetOf(
+          {"An install for Slides is already running. The requested Notes will be queued until the Slides install is "
+           "complete. Please wait...",
+           "Checking if Slides is installed...",
+           "Error: The Slides appears to have hung. Cancelling install and killing duplicate process..."}));
 }
 
 TEST_F(CoordinationTest, QueuesBehindThoseBeforeItAlone) {
@@ -255,13 +230,6 @@ TEST_F(CoordinationTest, WhatIsNoAgentCountsForNothing) {
                                    "Other previously queued Vorlu instances are still running. Exiting..."));
 }
 
-TEST_F(CoordinationTest, ASearchThatFailsIsAnError) {
-  mac.processes.on("/bin/ps -Aww -o pid= -o ppid= -o user= -o etime= -o comm=", {.status = 1});
-  add({});
-  coordinate();
-  EXPECT_EQ(coordinate(), End::failed);
-}
-
 TEST_F(CoordinationTest, EndsTheAgentAndItsPromptsAndNobodyElse) {
   vorlu.modes.installMode = true;
   setType("hourlyUpdateCheck");
@@ -272,13 +240,16 @@ TEST_F(CoordinationTest, EndsTheAgentAndItsPromptsAndNobodyElse) {
   EXPECT_EQ(coordinate(), End::alone);
   EXPECT_THAT(kills(), ElementsAre("kill -15 4711", "kill -15 4801", "kill -9 4711"));
   EXPECT_EQ(waited(), 61);
+  mac.processes.on(table, {.status = 1}), readProcessTable(vorlu);
+  vorlu.modes.letGoOn = false;
+  EXPECT_EQ(coordinate(), End::failed);
 }
 
 TEST_F(CoordinationTest, LeavesAProcessThatTookOverTheIdAlone) {
   vorlu.modes.installMode = true;
   add({.age = 3000});
   // gone between the last look and the signal: the id belongs to a younger process, another agent even
-  mac.clock.at(300.5, [this] { others[0].age = -300; });
+  mac.clock.at(300.5, [this] { others[1].age = -300; });
   EXPECT_EQ(coordinate(), End::alone);
   EXPECT_THAT(kills(), IsEmpty());
 }
@@ -287,9 +258,9 @@ TEST_F(CoordinationTest, LeavesAProcessThatTookOverTheIdAlone) {
 TEST_F(CoordinationTest, AnOldShellDoesNotPushAhead) {
   vorlu.modes.installMode = true;
   add({.age = 5});
-  ownAge = 8;
+  others[0].age = 8;
   mac.clock.advance(2);  // its run is two seconds old, the process ten
-  typeAt(4, "appInstallRun:slides");
+  mac.clock.at(4, [this] { setType("appInstallRun:slides"); });
   endAt(60, 4711);
   EXPECT_EQ(coordinate(), End::alone);
   EXPECT_GE(waited(), 60);
