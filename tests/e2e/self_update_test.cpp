@@ -54,6 +54,7 @@ struct SelfUpdate : SimulatedMacTest {
 };
 
 TEST_F(SelfUpdate, TakesOnlyWhatIsNewerProvenAndFits) {
+  std::filesystem::create_directories(mac.path(paths::downloads));
   mac.boot();
   const std::string agent = mac.read("/usr/local/bin/vorlu");
   const std::string dialog = record("Dialog", "dialog.pkg", signer, "1.0.0", "");
