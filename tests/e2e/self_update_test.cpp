@@ -68,7 +68,6 @@ TEST_F(SelfUpdate, TakesOnlyWhatIsNewerProvenAndFits) {
                 "No Vorlu component updates are required");
   expectRefusal(record("Vorlu", "my agent.pkg", signer, "1.5.0", "15.0"), "upgrade to at least macOS 15.0");
   expectRefusal(record("Vorlu", "my agent.pkg", "Somebody Else", "1.5.0", ""), "could not be verified and will be");
-  expectRefusal(record("Vorlu", "my agent.pkg", "", "1.5.0", ""), "could not be verified and will be removed");
   expectRefusal(record("Dialog", "dialog.pkg", signer, "2.0", "1.5.0"),
                 "Please update Vorlu to at least version 1.5.0");
   expectRefusal(record("Dialog", "dialog.pkg", "Somebody Else", "2.0", ""), "components could not be verified");
