@@ -85,23 +85,46 @@ Answer ScriptedProcesses::answerFor(const std::string& line) {
   return answer;
 }
 
+/// Nothing when the command is a scripted one.
+std::optional<ProcessResult> ScriptedProcesses::runForReal(const Command& command) {
+  std::unique_lock lock(mutex_);
+  const auto real = real_.find(command.program);
+  if (real == real_.end()) return std::nullopt;
+  lock.unlock();
+  Command hostCommand = command;
+  hostCommand.program = real->second.hostProgram;
+  for (std::string& argument : hostCommand.arguments)
+    if (argument.starts_with(real->second.agentPath)) argument.insert(0, real->second.root);
+  return LinuxProcesses().run(hostCommand);
+}
+
 ProcessResult ScriptedProcesses::run(const Command& command) {
+  return start(command)->wait();
+}
+
+std::unique_ptr<RunningProcess> ScriptedProcesses::start(const Command& command) {
+  struct Scripted : RunningProcess {
+    ProcessResult result;
+    std::function<bool()> stillRunning;
+    bool isRunning() override { return stillRunning && stillRunning(); }
+    ProcessResult wait() override { return result; }
+  };
+  auto process = std::make_unique<Scripted>();
   const std::string line = commandLine(command);
   std::unique_lock lock(mutex_);
   commands_.push_back(line);
-  const auto real = real_.find(command.program);
-  if (real != real_.end()) {
-    lock.unlock();
-    Command hostCommand = command;
-    hostCommand.program = real->second.hostProgram;
-    for (std::string& argument : hostCommand.arguments)
-      if (argument.starts_with(real->second.agentPath)) argument.insert(0, real->second.root);
-    return LinuxProcesses().run(hostCommand);
+  lock.unlock();
+  if (auto result = runForReal(command)) {
+    process->result = std::move(*result);
+    return process;
   }
+  lock.lock();
   const Answer answer = answerFor(line);
   lock.unlock();
   if (answer.effect) answer.effect(command);
-  return resultOf(answer, command);
+  process->result = resultOf(answer, command);
+  process->stillRunning = answer.stillRunning;
+  return process;
 }
 
 std::optional<pid_t> ScriptedProcesses::launch(const Command& command) {

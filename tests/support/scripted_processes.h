@@ -27,6 +27,7 @@ struct Answer {
   std::vector<std::string> pieces = {};             ///< output in these pieces instead, for streamed reading
   bool timedOut = false;                            ///< the run was killed by signal 9
   bool starts = true;                               ///< false: the program can't be started
+  std::function<bool()> stillRunning = {};          ///< asked of a started program that is waited for later
 };
 
 /// Child processes that only follow a script. Every command is noted; one without an answer is a test failure. Answers
@@ -35,6 +36,8 @@ struct Answer {
 class ScriptedProcesses : public Processes {
  public:
   ProcessResult run(const Command& command) override;
+  /// Noted as what `run` notes, which it does at once.
+  std::unique_ptr<RunningProcess> start(const Command& command) override;
   /// Noted as "{line} &". A launched process is alive until it is signalled or ended.
   std::optional<pid_t> launch(const Command& command) override;
   /// Noted as "kill -{signal} {pid}". Any signal but 0 ends the process.
@@ -61,6 +64,7 @@ class ScriptedProcesses : public Processes {
     std::string hostProgram, agentPath, root;
   };
 
+  std::optional<ProcessResult> runForReal(const Command& command);
   Answer answerFor(const std::string& line);
 
   std::mutex mutex_;

@@ -9,6 +9,7 @@
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/detection/installed_version.h"
 #include "vorlu/detection/placeholders.h"
+#include "vorlu/prompts/console_session.h"
 #include "vorlu/state/shell_line.h"
 #include "vorlu/state/tool.h"
 #include "vorlu/vorlu.h"
@@ -28,16 +29,6 @@ std::optional<std::string> firstRunning(Vorlu& vorlu, const std::vector<std::str
   const auto found = std::find_if(names.begin(), names.end(),
                                   [&](const std::string& name) { return !trimmed(findProcess(vorlu, name)).empty(); });
   return found == names.end() ? std::nullopt : std::optional(*found);
-}
-
-void runShell(Vorlu& vorlu, std::string line) {
-  runTool(vorlu.platform.processes, vorlu.log, shellCommand(std::move(line)));
-}
-
-/// Opens something in the session of the console user.
-void openAsConsoleUser(Vorlu& vorlu, std::string_view option, const std::string& item) {
-  const std::string open = fmt::format("open {}\"{}\"", option, insideDoubleQuotes(item));
-  runShell(vorlu, fmt::format("su {} -c '{}'", shellWord(consoleUserName(vorlu)), insideSingleQuotes(open)));
 }
 
 }  // namespace
