@@ -12,6 +12,7 @@
 #include "vorlu/cli/initialise_run.h"
 #include "vorlu/detection/find_app.h"
 #include "vorlu/install/install_command.h"
+#include "vorlu/policy/forced_update_flow.h"
 #include "vorlu/policy/update_check_flow.h"
 #include "vorlu/server/key_material.h"
 #include "vorlu/state/agent_version.h"
@@ -145,6 +146,13 @@ void checkForNewUpdates(Vorlu& vorlu) {
   updateCheckFlow(vorlu, false);
 }
 
+void forceUpdates(Vorlu& vorlu) {
+  vorlu.modes.forcedMode = true;
+  announceForcedUpdates(vorlu);
+  initialiseRun(vorlu, {});
+  forcedUpdateFlow(vorlu);
+}
+
 void update(Vorlu& vorlu, const Arguments& arguments) {
   const std::string& subArgument = requireSubArgument(vorlu, arguments, {"-u", "--update"});
   static constexpr std::array forms = {"-force",      "force", "prompt", "testprompt", "timerprompt",
@@ -156,6 +164,7 @@ void update(Vorlu& vorlu, const Arguments& arguments) {
     return;
   }
   requireRoot(vorlu, rootForUpdates);
+  if (form == "force" || form == "-force") return forceUpdates(vorlu);
   if (form == "check") {
     checkForNewUpdates(vorlu);
     return;

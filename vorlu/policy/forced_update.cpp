@@ -106,7 +106,14 @@ bool passesAcceptableUse(Vorlu& vorlu, const ForcedMark& mark) {
   return !use;
 }
 
+/// Two marks of one app: the user has already answered for the first.
+bool wasHandled(Vorlu& vorlu, const ForcedMark& mark) {
+  const auto& handled = vorlu.updates.forcedApps;
+  return std::find(handled.begin(), handled.end(), mark.appName) != handled.end();
+}
+
 bool mayGoOn(Vorlu& vorlu, const ForcedMark& mark) {
+  if (wasHandled(vorlu, mark)) return false;
   return passesDeferralPeriod(vorlu, mark) && passesRunLimits(vorlu) && passesAcceptableUse(vorlu, mark);
 }
 
