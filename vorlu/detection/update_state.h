@@ -36,4 +36,9 @@ struct UpdateState {
   bool updatesRan = false;      ///< the scheduled flow updated something, or tried to
 };
 
+/// Keeps the name among those that failed, each once.
+void noteFailedUpdate(UpdateState& updates, const std::string& serverName);
+/// An update that went through takes back what an earlier attempt of this run noted.
+void noteUpdate(UpdateState& updates, const std::string& serverName, const std::string& appName);
+
 }  // namespace vorlu
