@@ -119,9 +119,10 @@ std::unique_ptr<RunningProcess> ScriptedProcesses::start(const Command& command)
     return process;
   }
   lock.lock();
-  const Answer answer = answerFor(line);
+  Answer answer = answerFor(line);
   lock.unlock();
   if (answer.effect) answer.effect(command);
+  if (answer.reply) answer.output = answer.reply(command);
   process->result = resultOf(answer, command);
   process->stillRunning = answer.stillRunning;
   return process;

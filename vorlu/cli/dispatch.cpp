@@ -12,6 +12,8 @@
 #include "vorlu/cli/initialise_run.h"
 #include "vorlu/cli/recurring_run.h"
 #include "vorlu/detection/find_app.h"
+#include "vorlu/install/install_command.h"
+#include "vorlu/policy/forced_update_flow.h"
 #include "vorlu/policy/scheduled_update_flow.h"
 #include "vorlu/policy/test_update_flow.h"
 #include "vorlu/policy/update_check_flow.h"
@@ -65,22 +67,35 @@ std::string lowered(std::string text) {
   return text;
 }
 
-void installApp(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-i", "--install"});
+void installOnRequest(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier = requireSubArgument(vorlu, arguments, {"-i", "--install"});
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "--install");
+  vorlu.modes.installMode = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  initialiseRun(vorlu, {});
+  installApp(vorlu, identifier, false);
 }
 
-void installAppWithProgress(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-ip", "--installProgress", "--installprogress"});
+void installWithProgress(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier =
+      requireSubArgument(vorlu, arguments, {"-ip", "--installProgress", "--installprogress"});
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "--installProgress");
+  vorlu.modes.installProgressMode = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  vorlu.log("Show progress flag specified", silent);
+  initialiseRun(vorlu, {.showProgress = true});
+  installApp(vorlu, identifier, true);
 }
 
-void installAppFromTestingCatalog(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-it"});
+void installFromTestingCatalog(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier = requireSubArgument(vorlu, arguments, {"-it"});
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "-it");
+  vorlu.modes.installMode = true;
+  vorlu.modes.testingBlueprints = true;
+  vorlu.modes.testInstall = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  initialiseRun(vorlu, {});
+  installApp(vorlu, identifier, false);
 }
 
 void checkIdentifier(Vorlu& vorlu, const Arguments& arguments) {
@@ -152,6 +167,13 @@ void updateFromSelfService(Vorlu& vorlu, const std::string& form) {
   endRun(vorlu, vorlu.modes.runExitStatus);
 }
 
+void forceUpdates(Vorlu& vorlu) {
+  vorlu.modes.forcedMode = true;
+  announceForcedUpdates(vorlu);
+  initialiseRun(vorlu, {});
+  forcedUpdateFlow(vorlu);
+}
+
 void update(Vorlu& vorlu, const Arguments& arguments) {
   const std::string& subArgument = requireSubArgument(vorlu, arguments, {"-u", "--update"});
   static constexpr std::array forms = {"-force",      "force", "prompt", "testprompt", "timerprompt",
@@ -163,6 +185,7 @@ void update(Vorlu& vorlu, const Arguments& arguments) {
     return;
   }
   requireRoot(vorlu, rootForUpdates);
+  if (form == "force" || form == "-force") return forceUpdates(vorlu);
   if (form == "check") {
     checkForNewUpdates(vorlu);
     return;
@@ -185,11 +208,11 @@ void dispatchCommand(Vorlu& vorlu, const Arguments& arguments) {
       vorlu.platform.console.print(fmt::format("Vorlu Version: {}", agentVersion));
       exitProcess(0);
     case CommandOption::install:
-      return installApp(vorlu, arguments);
+      return installOnRequest(vorlu, arguments);
     case CommandOption::installProgress:
-      return installAppWithProgress(vorlu, arguments);
+      return installWithProgress(vorlu, arguments);
     case CommandOption::installTest:
-      return installAppFromTestingCatalog(vorlu, arguments);
+      return installFromTestingCatalog(vorlu, arguments);
     case CommandOption::check:
       return checkIdentifier(vorlu, arguments);
     case CommandOption::report:

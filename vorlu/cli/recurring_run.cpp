@@ -1,6 +1,7 @@
 #include "vorlu/cli/recurring_run.h"
 
 #include "vorlu/cli/initialise_run.h"
+#include "vorlu/policy/forced_update_flow.h"
 #include "vorlu/policy/scheduled_update_flow.h"
 #include "vorlu/policy/update_check_flow.h"
 #include "vorlu/state/end_run.h"
@@ -9,6 +10,14 @@
 
 namespace vorlu {
 namespace {
+
+/// Beside another agent, which may be asking or installing, this one does neither.
+void forcedStep(Vorlu& vorlu) {
+  vorlu.modes.runStage = "ForcedUpdates";
+  if (!isAlone(vorlu)) return;
+  announceForcedUpdates(vorlu);
+  forcedUpdateFlow(vorlu);
+}
 
 void hourlyStep(Vorlu& vorlu) {
   vorlu.modes.hourlyMode = true;
@@ -28,7 +37,6 @@ void scheduledStep(Vorlu& vorlu) {
     return;
   }
   vorlu.modes.runStage = "ScheduledUpdates";
-  // Beside another agent, which may be asking or installing, this one does neither.
   if (isAlone(vorlu)) scheduledUpdateFlow(vorlu, "run");
 }
 
@@ -40,6 +48,7 @@ void recurringRun(Vorlu& vorlu) {
   vorlu.runData.now = static_cast<std::int64_t>(vorlu.platform.clock.now());
   vorlu.modes.runMode = true;
   initialiseRun(vorlu, {.offlineTolerated = true});
+  forcedStep(vorlu);
   hourlyStep(vorlu);
   scheduledStep(vorlu);
   endRun(vorlu, vorlu.modes.runExitStatus);

@@ -64,6 +64,7 @@ void locateCurrentApp(Vorlu& vorlu, const AppBlueprints& entry) {
 }  // namespace
 
 const AppBlueprints* matchApp(Vorlu& vorlu, std::string_view searchText) {
+  if (searchText.empty()) return nullptr;  // it would match every key that the catalog leaves empty
   const AppBlueprints* last = nullptr;
   for (const AppBlueprints& entry : vorlu.catalog.entries) {
     if (!isNamedBy(entry, searchText)) continue;

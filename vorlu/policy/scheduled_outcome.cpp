@@ -45,13 +45,6 @@ void resetDeferrals(Vorlu& vorlu, DeferralMode mode) {
   }
 }
 
-void removeCompleteReceipt(Vorlu& vorlu) {
-  FileManager& files = vorlu.platform.files;
-  if (!files.exists(paths::completeResult)) return;
-  if (const Status removed = files.remove(paths::completeResult); !removed)
-    vorlu.log(fmt::format("Unable to remove complete prompt receipt. Error: {}", removed.error()));
-}
-
 void concludeSuccess(Vorlu& vorlu, const UpdateConclusion& conclusion) {
   vorlu.log("All cached updates installed successfully.");
   // An app that failed without having been in use still waits for its update.

@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
+#include "vorlu/detection/placeholders.h"
 #include "vorlu/policy/acceptable_use.h"
 #include "vorlu/policy/deferrals.h"
 #include "vorlu/policy/frequency_calculation.h"
@@ -87,10 +90,16 @@ bool policyAllows(ScheduledRun& run) {
   return true;
 }
 
-/// Takes the apps that the pass left alone because they were in use: those alone have to quit.
+/// Takes the apps that the pass left alone because they were in use: those alone have to quit. An app whose user was
+/// asked by the forced step of this run isn't taken. False when there is nothing to ask for.
 bool takeUpdates(ScheduledRun& run) {
   Vorlu& vorlu = run.vorlu;
-  run.updates = vorlu.updates.skippedUpdates;
+  const auto& forced = vorlu.updates.forcedApps;
+  const auto& inUse = vorlu.updates.skippedUpdates;
+  std::copy_if(inUse.begin(), inUse.end(), std::back_inserter(run.updates), [&](const ApplicationInventory& update) {
+    return std::find(forced.begin(), forced.end(), update.appName) == forced.end();
+  });
+  if (inUse.empty()) endWithoutUpdates(vorlu, run.trigger, run.dialogIcon);
   if (run.updates.empty()) return false;
   logFoundUpdates(vorlu, run.updates);
   return true;
@@ -123,11 +132,16 @@ bool mayInterruptUser(ScheduledRun& run) {
   return !checkAcceptableUse(vorlu, keys, scheduledAcceptableUseLines) || endsWith(run, 0);
 }
 
+/// Whether the user whom this run asks is still logged in.
+bool userIsStillThere(Vorlu& vorlu) {
+  return vorlu.platform.consoleUser.name() == consoleUserName(vorlu);
+}
+
 /// Shows the initial prompt until it is answered. False when there is nobody left to answer.
 bool askUser(ScheduledRun& run) {
   PromptExit exit = showInitialPrompt(run.vorlu, run.prompt);
   while (exit.answer == PromptAnswer::timerRanOut) {
-    if (!somebodyAtConsole(run.vorlu)) return endsWith(run, 0);
+    if (!userIsStillThere(run.vorlu)) return endsWith(run, 0);
     exit = showInitialPrompt(run.vorlu, run.prompt);
   }
   if (exit.answer == PromptAnswer::button2) recordDeferral(run.vorlu);
@@ -168,7 +182,7 @@ void scheduledUpdateFlow(Vorlu& vorlu, const std::string& trigger) {
   if (run.isSelfService() && !somebodyAtConsole(vorlu)) return;
   lookForUpdates(run);
   if (!policyAllows(run)) return;
-  if (!takeUpdates(run)) return endWithoutUpdates(vorlu, run.trigger, run.dialogIcon);
+  if (!takeUpdates(run)) return;
   if (!somebodyAtConsole(vorlu)) return;
   preparePrompt(run);
   if (!mayInterruptUser(run)) return;

@@ -236,7 +236,7 @@ void updateOne(UpdateRun& run, const ApplicationInventory& record) {
   const Outcome outcome = install(run, record.appName);
   retractPublication(run);
   noteOutcome(run, outcome);
-  if (wasRunning) relaunch(run);
+  if (wasRunning && run.kind != UpdateRunKind::forced) relaunch(run);
 }
 
 }  // namespace

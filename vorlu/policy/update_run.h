@@ -31,7 +31,8 @@ struct UpdateRunSettings {
 UpdateRunSettings updateRunSettings(Vorlu& vorlu, UpdateRunKind kind);
 
 /// Updates one application after the other in front of the user: opens the progress window, quits each app or forces it
-/// to quit, runs the pipeline, relaunches what ran, and closes the window. A failed app doesn't stop the others. The
+/// to quit, runs the pipeline, relaunches what ran (the forced flow does that itself, once it has told of the outcome),
+/// and closes the window. A failed app doesn't stop the others. The
 /// outcome is in `updates.failedAppNames` (of this run alone), `updates.failedUpdates` and `updates.updatesInstalled`.
 /// `CurrentRunType` stays as it was. The updates are the ones that the user agreed to, with paths and versions of the
 /// check that found them; the run looks for updates anew before each of them.

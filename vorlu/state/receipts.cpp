@@ -5,6 +5,7 @@
 #include <chrono>
 
 #include "vorlu/state/end_run.h"
+#include "vorlu/state/forced_receipt.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/state/property_list.h"
 #include "vorlu/vorlu.h"
@@ -48,7 +49,7 @@ void removeMissedUpdateReceipt(Vorlu& vorlu) {
 }
 
 void removeForcedUpdateReceipt(Vorlu& vorlu, const std::string& app) {
-  removeIfThere(vorlu, fmt::format("{}/{} Patch Receipt.plist", paths::receipts, app), "Error removing the forced update receipts: {}");
+  removeIfThere(vorlu, forcedReceiptPath(app), "Error removing the forced update receipts: {}");
   removeIfThere(vorlu, paths::currentTask, "Error removing the forced update receipts: {}");
 }
 

@@ -9,6 +9,7 @@
 #include "vorlu/state/end_run.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/state/property_list.h"
+#include "vorlu/state/random_number.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -31,11 +32,7 @@ std::string deferralLimit(Vorlu& vorlu) {
 
 /// 63 to 80 minutes, so that a fleet's calls to the server spread over time.
 std::int64_t hourlyInterval(Security& security) {
-  std::uint32_t number = 0;
-  if (const auto bytes = security.randomBytes(sizeof number)) {
-    for (const char byte : *bytes) number = (number << 8) | static_cast<unsigned char>(byte);
-  }
-  return 3600 + 60 * (3 + static_cast<std::int64_t>(number % 18));
+  return 3600 + 60 * (3 + randomBelow(security, 18));
 }
 
 std::vector<Change> changes(Vorlu& vorlu, RunDataSelector selector) {
