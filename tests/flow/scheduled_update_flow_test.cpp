@@ -1,7 +1,9 @@
 #include "vorlu/policy/scheduled_update_flow.h"
 
 #include "tests/flow/prompted_run.h"
+#include "vorlu/detection/catalog_script.h"
 #include "vorlu/policy/scheduled_rules.h"
+#include "vorlu/state/replacement.h"
 
 namespace vorlu::test {
 namespace {
@@ -26,34 +28,61 @@ TEST(PromptChoice, ByModeTriggerAndCount) {
   EXPECT_EQ(promptChoice(other, Trigger::selfService, 0), initial);
 }
 
-/// One run on Monday at noon. The count is 2 and the last activity long ago, unless the profile says otherwise.
-struct Ending {
-  const char* name;
-  const char* trigger;
-  const char* scheduled;  ///< keys of the profile's section
-  const char* answers;
-  const char* shown;
-  int status;
-  const char* state;  ///< DeferCount, whether LastRun has moved, UserDeferred, LastCompliant
-  const char* line;   ///< in the log
+/// Keys of the profile's section by the word that stands for them in the tables below.
+const std::map<std::string, std::string> profiles = {
+    {"", ""},
+    {"notMonday", "<key>runLimitations</key><dict><key>monday</key><false/></dict>"},
+    {"afternoon",
+     "<key>runLimitations</key><dict><key>mondayStartTime</key><string>13:00</string>"
+     "<key>mondayEndTime</key><string>14:00</string></dict>"},
+    {"camera", "<key>acceptableCameraUsage</key><true/>"},
+    {"quiet", "<key>updateProgressPrompt</key><string>noPrompt</string><key>displayCompletePrompt</key><false/>"},
 };
-void PrintTo(const Ending& ending, std::ostream* out) {
-  *out << ending.name;
-}
 
-const char* const untouched = "1 then 1 N/A";
-const char* const done = "2 now 0 Mar 02";
-const char* const updated = "initial 0, window, relaunch, complete";
-const char* const runFrequency = "<key>runFrequency</key><dict><key>";
-const char* const deferralOption = "<key>deferralConfiguration</key><dict><key>deferralOption</key><string>";
+// One run on Monday at noon with one deferral left: what is special, trigger, profile, the user's answers, what he
+// sees, exit status, DeferCount with whether LastRun moved, UserDeferred and LastCompliant, and a part of the log.
+const char* const endings = R"(
+recent      | run         |           |       |                     | 0 | 1 now 1 N/A     | single prompt mode is enabled. No action
+            | run         | notMonday |       |                     | 1 | 1 then 1 N/A    | A run day limitation was set for today (Monday)
+            | prompt      | afternoon |       |                     | 0 | 1 then 1 N/A    | The current time (12:00) is outside
+            | run         | camera    |       |                     | 0 | 1 then 1 N/A    | The camera is in use. Skipping update...
+            | timerprompt | camera    | 4     | grace 4, UPDATE     | 0 | 2 now 0 Mar 02  | Timer prompt called. Prompting user with
+closed      | run         |           |       |                     | 0 | 2 then 0 Mar 02 | No cached updates were found
+closed      | testprompt  |           |       |                     | 0 | 1 then 1 Mar 02 | No cached updates were found
+nobody      | run         |           |       |                     | 0 | 1 then 1 N/A    | Slides needs to be updated
+            | run         |           | 4 4 2 | initial 4, initial 4, initial 2 | 0 | 0 now 1 Feb 15 | Defer selected
+            | prompt      |           | 143   | initial 143         | 0 | 0 now 1 N/A     | prompt quit unexpectedly. Exit code: 143
+            | run         |           | 0     | initial 0, UPDATE   | 0 | 2 now 0 Mar 02  | Deferrals reset
+            | testprompt  | camera    | 0     | initial 0, UPDATE   | 0 | 2 now 0 Mar 02  | ignoring any configured DND keys...
+broken      | run         |           | 0     | initial 0, window, relaunch, failure | 1 | 1 then 1 N/A | Error installing the Slides update.
+            | run         | quiet     | 0     | initial 0, relaunch | 0 | 2 now 0 Mar 02  | No update progress prompt will be displayed
+            | selfservice | camera    | 0     | initial 0, UPDATE   | 0 | 2 now 0 Mar 02  | Initialising Self Service update mechanism...
+            | selfservice |           | 2     | initial 2           | 0 | 1 then 1 N/A    | User skipped the Self Service update
+            | selfservice |           | 9     | initial 9           | 0 | 1 then 1 N/A    | prompt quit unexpectedly. Exit code: 9
+closed      | selfservice |           |       | up to date          | 0 | 2 then 0 Mar 02 | User acknowledged
+)";
+
+Strings rowsOf(const std::string& table) {
+  Strings rows;
+  std::istringstream stream(table);
+  for (std::string row; std::getline(stream, row);)
+    if (!row.empty()) rows.push_back(row);
+  return rows;
+}
+Strings columnsOf(const std::string& row) {
+  Strings columns;
+  std::istringstream stream(row);
+  for (std::string column; std::getline(stream, column, '|');) columns.push_back(trimmed(column));
+  return columns;
+}
 
 struct ScheduledUpdateFlow : PromptedRun {
   static constexpr std::int64_t longAgo = 1000;
 
-  void begin() {
+  void begin(std::int64_t lastRun = longAgo) {
     RunDataFile file;
     file.DeferCount = "1";
-    file.LastRun = longAgo;
+    file.LastRun = lastRun;
     file.UserDeferred = true;
     file.LastCompliant = "N/A";
     store(file);
@@ -69,63 +98,26 @@ struct ScheduledUpdateFlow : PromptedRun {
   }
 };
 
-struct Endings : ScheduledUpdateFlow, testing::WithParamInterface<Ending> {};
+struct Endings : ScheduledUpdateFlow, testing::WithParamInterface<std::string> {};
 
 TEST_P(Endings, LeaveThisBehind) {
-  const Ending& ending = GetParam();
-  const std::string name = ending.name;
-  addApp("Slides", name.find("closed") == std::string::npos);
-  if (name.find("fails") != std::string::npos) vorlu.catalog.entries[0].universalInstallerHash = "wrong";
-  if (name.find("nobody") != std::string::npos) mac.consoleUser.user = "loginwindow";
+  const Strings row = columnsOf(GetParam());
+  addApp("Slides", row[0] != "closed");
+  if (row[0] == "broken") vorlu.catalog.entries[0].universalInstallerHash = "wrong";
+  if (row[0] == "nobody") mac.consoleUser.user = "loginwindow";
   mac.cameras.cameras = {{35, true}};
-  setPreferences("ScheduledUpdates", ending.scheduled);
-  begin();
-  if (name == "scheme") {
-    RunDataFile file = runData();
-    file.LastRun = static_cast<std::int64_t>(mac.clock.now()) - 5;
-    store(file);
-  }
-  willAnswer(ending.answers);
-  EXPECT_EQ(flow(ending.trigger), ending.status);
-  EXPECT_EQ(seen(), ending.shown);
-  EXPECT_EQ(state(), ending.state);
-  EXPECT_THAT(messages(), Contains(HasSubstr(ending.line)));
-  EXPECT_EQ(vorlu.updates.updatesRan, std::string(ending.shown).find("relaunch") != std::string::npos);
+  setPreferences("ScheduledUpdates", profiles.at(row[2]));
+  begin(row[0] == "recent" ? static_cast<std::int64_t>(mac.clock.now()) - 5 : longAgo);
+  willAnswer(row[3]);
+  EXPECT_EQ(flow(row[1]), std::stoi(row[5]));
+  EXPECT_EQ(seen(), replacedAll(row[4], "UPDATE", "window, relaunch, complete"));
+  EXPECT_EQ(state(), row[6]);
+  EXPECT_THAT(messages(), Contains(HasSubstr(row[7])));
+  EXPECT_EQ(vorlu.updates.updatesRan,
+            row[4].find("UPDATE") != std::string::npos || row[0] == "broken" || row[2] == "quiet");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    ScheduledUpdateFlow, Endings,
-    testing::Values(
-        Ending{"scheme", "run", "", "", "", 0, "1 now 1 N/A",
-               "The user deferred the update in the last week and single"},
-        Ending{"other day", "run", "<key>runLimitations</key><dict><key>monday</key><false/></dict>", "", "", 1,
-               untouched, "A run day limitation was set for today (Monday)"},
-        Ending{"other time", "prompt",
-               "<key>runLimitations</key><dict><key>mondayStartTime</key><string>13:00</string>"
-               "<key>mondayEndTime</key><string>14:00</string></dict>",
-               "", "", 0, untouched, "The current time (12:00) is outside"},
-        Ending{"in a call", "run", "<key>acceptableCameraUsage</key><true/>", "", "", 0, untouched, "The camera is in"},
-        Ending{"in a call, timer", "timerprompt", "<key>acceptableCameraUsage</key><true/>", "4",
-               "grace 4, window, relaunch, complete", 0, done, "Timer prompt called. Prompting"},
-        Ending{"closed", "run", "", "", "", 0, "2 then 0 Mar 02", "No cached updates were found"},
-        Ending{"closed, test", "testprompt", "", "", "", 0, "1 then 1 Mar 02", "No cached updates were found"},
-        Ending{"nobody", "run", "", "", "", 0, untouched, "Slides needs to be updated"},
-        Ending{"deferred", "run", "", "4 4 2", "initial 4, initial 4, initial 2", 0, "0 now 1 Feb 15",
-               "Defer selected"},
-        Ending{"died", "prompt", "", "143", "initial 143", 0, "0 now 1 N/A", "quit unexpectedly. Exit code: 143"},
-        Ending{"agreed", "run", "", "0", updated, 0, done, "Deferrals reset"},
-        Ending{"test", "testprompt", "<key>acceptableCameraUsage</key><true/>", "0", updated, 0, done,
-               "Test prompt flag defined, ignoring any configured DND keys..."},
-        Ending{"fails", "run", "", "0", "initial 0, window, relaunch, failure", 1, untouched,
-               "Error installing the Slides update. Review the Vorlu.log file for detailed information"},
-        Ending{"no prompts", "run",
-               "<key>updateProgressPrompt</key><string>noPrompt</string><key>displayCompletePrompt</key><false/>", "0",
-               "initial 0, relaunch", 0, done, "No update progress prompt will be displayed during the update"},
-        Ending{"self service", "selfservice", "<key>acceptableCameraUsage</key><true/>", "0",
-               "initial 0, window, relaunch, complete", 0, done, "Initialising Self Service update mechanism..."},
-        Ending{"skipped", "selfservice", "", "2", "initial 2", 0, untouched, "User skipped the Self Service update"},
-        Ending{"self service, closed", "selfservice", "", "", "up to date", 0, "2 then 0 Mar 02",
-               "User acknowledged"}));
+INSTANTIATE_TEST_SUITE_P(ScheduledUpdateFlow, Endings, testing::ValuesIn(rowsOf(endings)));
 
 TEST_F(ScheduledUpdateFlow, PromptsForOpenAppsAloneAndTellsOfWhatFailedAmongThem) {
   for (const char* name : {"Slides", "Notes", "Draw"}) addApp(name);
@@ -158,28 +150,29 @@ TEST_F(ScheduledUpdateFlow, EndsQuietlyWhenTheUserLogsOutWhileThePromptIsUp) {
   vorlu.consoleUser = "alice";
   EXPECT_EQ(flow("run"), 0);
   EXPECT_EQ(seen(), "initial 4");
-  EXPECT_EQ(state(), untouched);
+  EXPECT_EQ(state(), "1 then 1 N/A");
 }
 
 // March 2026, in which the Mac is on from 9 to 12, a run each 15 minutes. Slides is always open; a new version comes on
 // each Wednesday at 10. The user answers from a list and then agrees, or lets the grace period pass.
 struct Month {
-  const char* name;
   const char* frequency;  ///< keys of `runFrequency`
   const char* option;     ///< `deferralOption`
   const char* answers;
+  int dayOff;  ///< of the month, on which the Mac stays off
   const char* timeline;
-  int dayOff = 0;  ///< weekday on which the Mac stays off
 };
 void PrintTo(const Month& month, std::ostream* out) {
-  *out << month.name;
+  *out << month.option << month.frequency;
 }
 
 struct Months : ScheduledUpdateFlow, testing::WithParamInterface<Month> {
   void configure(const Month& month) {
-    setPreferences("ScheduledUpdates", fmt::format("<key>displayCompletePrompt</key><false/>{}{}</string></dict>"
-                                                   "<key>runFrequency</key><dict>{}</dict>",
-                                                   deferralOption, month.option, month.frequency));
+    // without a window, whose bar takes as much of the clock's time as the real work takes
+    setPreferences("ScheduledUpdates",
+                   fmt::format("{}{}<key>deferralConfiguration</key><dict><key>deferralOption</key><string>{}</string>"
+                               "</dict>",
+                               profiles.at("quiet"), month.frequency, month.option));
     RunDataFile fresh;
     fresh.CurrentRunType = "N/A";
     store(fresh);
@@ -198,6 +191,7 @@ struct Months : ScheduledUpdateFlow, testing::WithParamInterface<Month> {
   }
   void release(int number) {
     AppBlueprints& app = vorlu.catalog.entries[0];
+    mac.addApplication(pathOf("Slides"), "com.example.Slides", installedVersion("Slides"));
     app.latestVersion = fmt::format("{}.0", number);
     serve(app, appArchive("Slides.app", *app.latestVersion));
   }
@@ -211,34 +205,62 @@ TEST_P(Months, AsAnAdministratorExpects) {
   willAnswer(GetParam().answers);
   mac.clock.set(midnight);
   for (int day = 0; day < 30; ++day) {
-    const int weekday = (day + 1) % 7 + 1;
     for (int quarter = 9 * 4; quarter <= 12 * 4; ++quarter) {
       if (day % 7 == 2 && quarter == 10 * 4) release(day / 7 + 3);
       mac.clock.set(std::max(mac.clock.now(), midnight + day * 86400.0 + quarter * 900.0));
-      if (weekday != GetParam().dayOff) oneRun();
+      if (day + 2 != GetParam().dayOff) oneRun();
     }
   }
   EXPECT_EQ(timeline, GetParam().timeline);
 }
 
-const char* const recurringHourly =
-    "<key>frequencyElapsedMode</key><string>recurring</string><key>deferralWindow</key><integer>60</integer>";
-const char* const thursdays =
-    "<key>runType</key><string>specifyPatchDay</string><key>patchDay</key><integer>5</integer>";
-const char* const thursdaysRecurring =
-    "<key>runType</key><string>specifyPatchDay</string><key>patchDay</key><integer>5</integer>"
-    "<key>patchDayFrequency</key><string>recurring</string>"
-    "<key>patchDayDeferralWindow</key><integer>120</integer>";
+const char* const hourly = R"(<key>runFrequency</key><dict><key>frequencyElapsedMode</key><string>recurring</string>
+    <key>deferralWindow</key><integer>60</integer></dict>)";
+const char* const thursdays = R"(<key>runFrequency</key><dict><key>runType</key><string>specifyPatchDay</string>
+    <key>patchDay</key><integer>5</integer></dict>)";
+const char* const twoHourly = R"(<key>runFrequency</key><dict><key>runType</key><string>specifyPatchDay</string>
+    <key>patchDay</key><integer>5</integer><key>patchDayFrequency</key><string>recurring</string>
+    <key>patchDayDeferralWindow</key><integer>120</integer></dict>)";
 
-INSTANTIATE_TEST_SUITE_P(
-    ScheduledUpdateFlow, Months,
-    testing::Values(Month{"weekly", "", "specifyDeferralLimit", "2 2", ""},
-                    Month{"weekly, recurring", recurringHourly, "specifyDeferralLimit", "2 2 4 2", ""},
-                    Month{"weekly, unlimited", recurringHourly, "disableDeferralLimit", "2 2 2 2 4 4 0 137", ""},
-                    Month{"weekly, no deferrals", "", "disableDeferrals", "4 0 137", ""},
-                    Month{"patch day", thursdays, "specifyDeferralLimit", "2 2 4", ""},
-                    Month{"patch day, recurring", thursdaysRecurring, "specifyDeferralLimit", "2 2 4 2", ""},
-                    Month{"patch day missed", thursdays, "specifyDeferralLimit", "0 2 0", "", 5}));
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(ScheduledUpdateFlow, Months, testing::Values(
+    Month{"", "specifyDeferralLimit", "2 2", 0, R"(Mon 2 09:00 initial 2
+Mon 9 09:15 initial 2
+Mon 16 09:30 grace 0, relaunch
+Mon 23 09:45 initial 0, relaunch
+Mon 30 11:45 initial 0, relaunch
+)"},
+    Month{hourly, "disableDeferralLimit", "2 2 2 2 4 4 0 137", 0, R"(Mon 2 09:00 initial 2
+Mon 2 10:00 initial 2
+Mon 2 11:00 initial 2
+Mon 2 12:00 initial 2
+Tue 3 09:00 initial 4, initial 4, initial 0, relaunch
+Tue 10 09:15 initial 137
+Tue 10 10:15 initial 0, relaunch
+Tue 17 10:45 initial 0, relaunch
+Tue 24 11:00 initial 0, relaunch
+Tue 31 11:30 initial 0, relaunch
+)"},
+    Month{"", "disableDeferrals", "4 0 137", 0, R"(Mon 2 09:00 grace 4, relaunch
+Mon 9 09:15 grace 0, relaunch
+Mon 16 10:15 grace 137, relaunch
+Mon 23 11:00 grace 0, relaunch
+Tue 31 09:00 grace 0, relaunch
+)"},
+    Month{thursdays, "specifyDeferralLimit", "2 0", 12, R"(Thu 5 09:00 initial 2
+Fri 13 09:00 initial 0, relaunch
+Thu 19 09:00 initial 0, relaunch
+Thu 26 09:00 initial 0, relaunch
+)"},
+    Month{twoHourly, "specifyDeferralLimit", "2 2 4 2", 0, R"(Thu 5 09:00 initial 2
+Thu 5 11:00 initial 2
+Fri 6 09:00 grace 4, relaunch
+Thu 12 09:00 initial 2
+Thu 12 11:00 initial 0, relaunch
+Thu 19 09:00 initial 0, relaunch
+Thu 26 09:00 initial 0, relaunch
+)"}));
+// clang-format on
 
 }  // namespace
 }  // namespace vorlu::test

@@ -25,40 +25,23 @@ TEST(RunTimeVerdict, AtTheEdgesOfTheDocumentedWindows) {
   EXPECT_EQ(runTimeVerdict({true, "09:00", std::nullopt}, 0), notLimited);
 }
 
-struct RunLimitsGates : testing::Test, AgentRun {
-  bool day(const RunLimits& limits, std::optional<std::int64_t> patchDay = std::nullopt) {
-    return passesRunDayGate(vorlu.log, mac.clock, limits, patchDay);
-  }
-  bool time(const RunLimits& limits) { return passesRunTimeGate(vorlu.log, mac.clock, limits); }
-};
-
-TEST_F(RunLimitsGates, SayWhyOnAMondayAtNoon) {
+TEST(RunLimitsGates, OnAMondayAtNoon) {
+  AgentRun run;
+  VirtualClock& clock = run.mac.clock;
   RunLimits limits;
-  EXPECT_TRUE(day(limits));
+  EXPECT_TRUE(passesRunDayGate(run.vorlu.log, clock, limits, std::nullopt));
   limits.monday = false;
-  EXPECT_FALSE(day(limits, 3));
-  EXPECT_TRUE(day(limits, 2));
-  EXPECT_EQ(messages(), (Lines{"No run day limitations were configured for today (Monday)",
-                               "A run day limitation was set for today (Monday)",
-                               "A run day limitation was set for today (Monday), but today is also the configured "
-                               "patch day. The run day limitation will be ignored"}));
-  limits.mondayStartTime = "9:00";
-  limits.mondayEndTime = "12:00";
-  EXPECT_TRUE(time(limits));
+  EXPECT_FALSE(passesRunDayGate(run.vorlu.log, clock, limits, 3));
+  EXPECT_TRUE(passesRunDayGate(run.vorlu.log, clock, limits, 2));
   limits.mondayStartTime = "09:00";
-  EXPECT_TRUE(time(limits));
-  mac.clock.advance(60);
-  EXPECT_FALSE(time(limits));
-  EXPECT_EQ(messages(),
-            (Lines{"Checking for any configured Monday run time limitations...",
-                   "Error: An invalid Monday run time limitation was specified (start: 900, end: 1200). Please speciy "
-                   "a valid start and end time in 24 hour format, e.g., 09:00 for 9am or 21:00 for 9pm",
-                   "Checking for any configured Monday run time limitations...",
-                   "Found Monday run time limitation (Start Time: 09:00, End Time: 12:00)",
-                   "The current time (12:00) is within the allowed run time. Continuing...",
-                   "Checking for any configured Monday run time limitations...",
-                   "Found Monday run time limitation (Start Time: 09:00, End Time: 12:00)",
-                   "The current time (12:01) is outside of the allowed run time"}));
+  limits.mondayEndTime = "12:00";
+  EXPECT_TRUE(passesRunTimeGate(run.vorlu.log, clock, limits));
+  clock.advance(60);
+  run.messages();
+  EXPECT_FALSE(passesRunTimeGate(run.vorlu.log, clock, limits));
+  EXPECT_EQ(run.messages(), (Lines{"Checking for any configured Monday run time limitations...",
+                                   "Found Monday run time limitation (Start Time: 09:00, End Time: 12:00)",
+                                   "The current time (12:01) is outside of the allowed run time"}));
 }
 
 }  // namespace
