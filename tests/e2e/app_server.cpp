@@ -23,11 +23,11 @@ std::string baseUrl() {
   return fmt::format("http://127.0.0.1:{}", port);
 }
 
-/// The SHA-256 that a program has printed first on its last line.
-std::string digestIn(const Outcome& outcome) {
+/// The digest with which a program's output begins.
+std::string digestBy(const std::vector<std::string>& command) {
+  const Outcome outcome = runOnMachine(command);
   EXPECT_EQ(outcome.status, 0) << outcome.output;
-  const std::string line = outcome.output.substr(0, outcome.output.find_last_not_of('\n') + 1);
-  return line.substr(line.rfind('\n') + 1).substr(0, 64);
+  return outcome.output.substr(0, 64);
 }
 
 }  // namespace
@@ -44,16 +44,9 @@ AppServer::AppServer(const Hook& hook, const std::string& hostFile) {
   EXPECT_TRUE(started.ok()) << (started.ok() ? "" : started.error());
 }
 
-std::string AppServer::make(const std::string& name, const std::string& version,
-                            const std::vector<std::string>& options) {
-  std::vector<std::string> command = {sourceFile("simulator/make-app"),
-                                      name,
-                                      version,
-                                      "com.example." + replacedAll(name, " ", ""),
-                                      "--out",
-                                      shelf_.path()};
-  command.insert(command.end(), options.begin(), options.end());
-  const Outcome made = runOnMachine(command);
+std::string AppServer::make(const std::string& name, const std::string& version) {
+  const Outcome made = runOnMachine({sourceFile("simulator/make-app"), name, version,
+                                     "com.example." + replacedAll(name, " ", ""), "--out", shelf_.path()});
   EXPECT_EQ(made.status, 0) << made.output;
   return fmt::format("{}/{}.app", shelf_.path(), name);
 }
@@ -62,13 +55,13 @@ std::string AppServer::pack(const std::string& type, const std::string& file,
                             const std::vector<std::string>& contents) {
   std::vector<std::string> command = {sourceFile("simulator/make-installer"), type, folder_ / ("/files/" + file)};
   command.insert(command.end(), contents.begin(), contents.end());
-  return digestIn(runOnMachine(command));
+  return digestBy(command);
 }
 
 std::string AppServer::serve(const std::string& file, const std::string& bytes) {
   const std::string path = folder_ / ("/files/" + file);
   test::writeFile(path, bytes);
-  return digestIn(runOnMachine({"sha256sum", path}));
+  return digestBy({"sha256sum", path});
 }
 
 void AppServer::setCatalog(const std::vector<AppBlueprints>& entries) {
