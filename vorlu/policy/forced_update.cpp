@@ -106,7 +106,14 @@ bool passesAcceptableUse(Vorlu& vorlu, const ForcedMark& mark) {
   return !use;
 }
 
+/// Two marks of one app: the user has already answered for the first.
+bool wasHandled(Vorlu& vorlu, const ForcedMark& mark) {
+  const auto& handled = vorlu.updates.forcedApps;
+  return std::find(handled.begin(), handled.end(), mark.appName) != handled.end();
+}
+
 bool mayGoOn(Vorlu& vorlu, const ForcedMark& mark) {
+  if (wasHandled(vorlu, mark)) return false;
   return passesDeferralPeriod(vorlu, mark) && passesRunLimits(vorlu) && passesAcceptableUse(vorlu, mark);
 }
 
@@ -191,13 +198,15 @@ ForcedOutcome updateInFrontOfUser(Vorlu& vorlu, ForcedMark& mark) {
     vorlu.log(fmt::format("{} is in use, but there is no user to ask. The update has to wait", mark.appName), silent);
     return ForcedOutcome::heldBack;
   }
+  const UpdateRunSettings settings = updateRunSettings(vorlu, UpdateRunKind::forced);
   ForcedSight sight;
+  sight.position = settings.position;
   sight.icon = resolveAppIcon(vorlu, mark.update);
   const UpdatePrompt prompt = preparePrompt(vorlu, mark, sight.icon);
   sight.completeMessage = prompt.completeMessage;
   if (!userAgrees(vorlu, mark, prompt)) return ForcedOutcome::deferred;
   sight.wasQuit = isSelectedAppRunning(vorlu, mark.update.installedPath, mark.appName);
-  runUpdateWithProgress(vorlu, {mark.update}, UpdateRunKind::forced);
+  runUpdateWithProgress(vorlu, {mark.update}, UpdateRunKind::forced, settings);
   return finish(vorlu, mark, vorlu.updates.failedAppNames.empty(), &sight);
 }
 
