@@ -10,13 +10,17 @@
 #include "vorlu/cli/command_option.h"
 #include "vorlu/cli/console_io.h"
 #include "vorlu/cli/initialise_run.h"
+#include "vorlu/cli/recurring_run.h"
 #include "vorlu/detection/find_app.h"
 #include "vorlu/install/install_command.h"
 #include "vorlu/policy/forced_update_flow.h"
+#include "vorlu/policy/scheduled_update_flow.h"
+#include "vorlu/policy/test_update_flow.h"
 #include "vorlu/policy/update_check_flow.h"
 #include "vorlu/server/key_material.h"
 #include "vorlu/state/agent_version.h"
 #include "vorlu/state/end_run.h"
+#include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -137,7 +141,9 @@ void testUpdates(Vorlu& vorlu, const Arguments& arguments) {
     printUsage(vorlu);
     return;
   }
-  endWithoutFlow(vorlu, "-ut testblueprints");
+  vorlu.modes.testingBlueprints = true;
+  initialiseRun(vorlu, {});
+  testUpdateFlow(vorlu);
 }
 
 void checkForNewUpdates(Vorlu& vorlu) {
@@ -151,6 +157,21 @@ void forceUpdates(Vorlu& vorlu) {
   announceForcedUpdates(vorlu);
   initialiseRun(vorlu, {});
   forcedUpdateFlow(vorlu);
+}
+
+void promptForUpdates(Vorlu& vorlu, const std::string& form) {
+  vorlu.modes.updateMode = true;
+  initialiseRun(vorlu, {});
+  scheduledUpdateFlow(vorlu, form);
+  endRun(vorlu, vorlu.modes.runExitStatus);
+}
+
+void updateFromSelfService(Vorlu& vorlu, const std::string& form) {
+  vorlu.modes.selfServiceMode = true;
+  setCurrentRunType(vorlu, "selfServiceInit");
+  initialiseRun(vorlu, {});
+  scheduledUpdateFlow(vorlu, form);
+  endRun(vorlu, vorlu.modes.runExitStatus);
 }
 
 void update(Vorlu& vorlu, const Arguments& arguments) {
@@ -169,6 +190,9 @@ void update(Vorlu& vorlu, const Arguments& arguments) {
     checkForNewUpdates(vorlu);
     return;
   }
+  if (form == "run") recurringRun(vorlu);
+  if (form == "selfservice") return updateFromSelfService(vorlu, form);
+  if (form == "prompt" || form == "testprompt" || form == "timerprompt") return promptForUpdates(vorlu, form);
   endWithoutFlow(vorlu, fmt::format("--update {}", form));
 }
 
