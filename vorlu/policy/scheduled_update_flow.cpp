@@ -94,12 +94,10 @@ bool policyAllows(ScheduledRun& run) {
 /// asked by the forced step of this run isn't taken. False when there is nothing to ask for.
 bool takeUpdates(ScheduledRun& run) {
   Vorlu& vorlu = run.vorlu;
-  const auto& forced = vorlu.updates.forcedApps;
   const auto& inUse = vorlu.updates.skippedUpdates;
-  std::copy_if(inUse.begin(), inUse.end(), std::back_inserter(run.updates), [&](const ApplicationInventory& update) {
-    return std::find(forced.begin(), forced.end(), update.appName) == forced.end();
-  });
   if (inUse.empty()) endWithoutUpdates(vorlu, run.trigger, run.dialogIcon);
+  std::copy_if(inUse.begin(), inUse.end(), std::back_inserter(run.updates),
+               [&](const ApplicationInventory& update) { return !wasForced(vorlu.updates, update); });
   if (run.updates.empty()) return false;
   logFoundUpdates(vorlu, run.updates);
   return true;
