@@ -38,6 +38,11 @@ Status init(const Options& options) {
   return makeSampleData(options.initFolder, (*site)[SiteText::serverDataURL]);
 }
 
+Status renew(const Options& options) {
+  const ClockFunction clock = options.clockFile.empty() ? systemSeconds : hostClock(options.clockFile);
+  return renewTimestamp(options.renewFolder, clock());
+}
+
 Result<ServerConfig> configure(const Options& options) {
   auto site = seal::readSiteFile(options.siteFile);
   if (!site) return site.failure();
@@ -75,7 +80,9 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    const Status status = options->initFolder.empty() ? serve(*options) : init(*options);
+    const Status status = !options->initFolder.empty()    ? init(*options)
+                          : !options->renewFolder.empty() ? renew(*options)
+                                                          : serve(*options);
     if (status) return 0;
     fmt::print(stderr, "vorlu-server: {}\n", status.error());
   } catch (const std::exception& error) {

@@ -25,13 +25,11 @@ Result<int> parsePort(const std::string& text) {
 Result<Options> parseOptions(const std::vector<std::string>& arguments) {
   Options options;
   std::string port = std::to_string(options.port);
-  const std::map<std::string, std::string*> targets = {{"--data", &options.dataFolder},
-                                                       {"--init", &options.initFolder},
-                                                       {"--site", &options.siteFile},
-                                                       {"--keys", &options.keyFolder},
-                                                       {"--clock", &options.clockFile},
-                                                       {"--listen", &options.address},
-                                                       {"--port", &port}};
+  const std::map<std::string, std::string*> targets = {
+      {"--data", &options.dataFolder},   {"--init", &options.initFolder},
+      {"--renew", &options.renewFolder}, {"--site", &options.siteFile},
+      {"--keys", &options.keyFolder},    {"--clock", &options.clockFile},
+      {"--listen", &options.address},    {"--port", &port}};
   for (std::size_t i = 0; i < arguments.size(); i += 2) {
     const auto target = targets.find(arguments[i]);
     if (target == targets.end()) return Failure{fmt::format("unknown option {}", arguments[i])};
@@ -41,7 +39,8 @@ Result<Options> parseOptions(const std::vector<std::string>& arguments) {
   const auto parsedPort = parsePort(port);
   if (!parsedPort) return parsedPort.failure();
   options.port = *parsedPort;
-  if (options.dataFolder.empty() == options.initFolder.empty()) return Failure{"either --data or --init is needed"};
+  const int jobs = !options.dataFolder.empty() + !options.initFolder.empty() + !options.renewFolder.empty();
+  if (jobs != 1) return Failure{"one of --data, --init and --renew is needed"};
   if (options.keyFolder.empty()) options.keyFolder = seal::defaultKeyFolder(options.siteFile);
   return options;
 }

@@ -51,4 +51,9 @@ Status makeSampleData(const std::string& folder, const std::string& baseUrl) {
   return success();
 }
 
+Status renewTimestamp(const std::string& folder, double now) {
+  return seal::replaceFile(folder + "/" + DataFolder::timestampFile,
+                           fmt::format("{{\"timestamp\": {}}}\n", static_cast<std::int64_t>(now)), 0644);
+}
+
 }  // namespace vorlu::refserver

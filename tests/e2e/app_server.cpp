@@ -66,6 +66,10 @@ void AppServer::setCatalog(const std::vector<AppBlueprints>& entries) {
   test::writeFile(folder_ / "/catalog.json", encodeJson(entries, JsonLayout::pretty));
 }
 
+void AppServer::setManifest(const std::string& json) {
+  test::writeFile(folder_ / "/manifest.json", json);
+}
+
 std::string AppServer::urlOf(const std::string& file) {
   return fmt::format("{}/files/{}", baseUrl(), file);
 }

@@ -27,6 +27,7 @@ class AppServer {
   std::string serve(const std::string& file, const std::string& bytes);
 
   void setCatalog(const std::vector<AppBlueprints>& entries);
+  void setManifest(const std::string& json);
 
   static std::string urlOf(const std::string& file);
 

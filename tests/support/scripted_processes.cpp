@@ -119,9 +119,10 @@ std::unique_ptr<RunningProcess> ScriptedProcesses::start(const Command& command)
     return process;
   }
   lock.lock();
-  const Answer answer = answerFor(line);
+  Answer answer = answerFor(line);
   lock.unlock();
   if (answer.effect) answer.effect(command);
+  if (answer.print) answer.output = answer.print(command);
   process->result = resultOf(answer, command);
   process->stillRunning = answer.stillRunning;
   return process;
@@ -143,7 +144,19 @@ std::optional<pid_t> ScriptedProcesses::launch(const Command& command) {
 bool ScriptedProcesses::signal(pid_t pid, int signal) {
   const std::scoped_lock lock(mutex_);
   commands_.push_back(fmt::format("kill -{} {}", signal, pid));
-  return signal == 0 ? alive_.contains(pid) : alive_.erase(pid) > 0;
+  const bool ends = signal == 9 || (signal != 0 && !stubborn_.contains(pid));
+  return ends ? alive_.erase(pid) > 0 : alive_.contains(pid);
+}
+
+void ScriptedProcesses::addProcess(pid_t pid, bool stubborn) {
+  const std::scoped_lock lock(mutex_);
+  alive_.insert(pid);
+  if (stubborn) stubborn_.insert(pid);
+}
+
+void ScriptedProcesses::endProcess(pid_t pid) {
+  const std::scoped_lock lock(mutex_);
+  alive_.erase(pid);
 }
 
 bool ScriptedProcesses::isAlive(pid_t pid) {

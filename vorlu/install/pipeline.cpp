@@ -19,6 +19,7 @@
 #include "vorlu/install/remove_downloads.h"
 #include "vorlu/install/running_apps.h"
 #include "vorlu/install/sleep_assertion.h"
+#include "vorlu/platform/termination.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/vorlu.h"
 
@@ -197,9 +198,16 @@ InstallOutcome runInstallPipeline(Vorlu& vorlu, const InstallRequest& request) {
   const IdleSleepHold awake(vorlu, fmt::format("Initialising {} {}", request.appName, request.operationLabel));
   describeJob(job);
 
-  for (const auto stage : {checkConditions, ensureCacheDirectory, obtainInstaller, considerRunningApp, prepareInstaller,
-                           installItems, finishInstall, checkInstalledVersion, cleanUp}) {
-    if (const StageEnd end = stage(job)) return *end;
+  try {
+    for (const auto stage : {checkConditions, ensureCacheDirectory, obtainInstaller, considerRunningApp,
+                             prepareInstaller, installItems, finishInstall, checkInstalledVersion, cleanUp}) {
+      vorlu.platform.processes.throwIfTerminated();
+      if (const StageEnd end = stage(job)) return *end;
+    }
+  } catch (const Terminated&) {
+    job.images.detachAll();
+    if (vorlu.platform.files.exists(paths::output)) emptyOutput(vorlu);
+    throw;
   }
   return InstallOutcome::installed;
 }

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
+#include <sstream>
 
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/detection/installed_version.h"
@@ -61,6 +63,11 @@ std::string findProcess(Vorlu& vorlu, const std::string& name) {
   command.arguments = {"-x", name};
   command.mergeStandardError = false;  // a complaint about the name is no process
   return runTool(vorlu.platform.processes, vorlu.log, command).output;
+}
+
+std::vector<std::string> processIds(Vorlu& vorlu, const std::string& name) {
+  std::istringstream output(findProcess(vorlu, name));
+  return {std::istream_iterator<std::string>(output), {}};
 }
 
 bool isAppRunning(Vorlu& vorlu, const std::string& bundleIdentifier, const std::string& appName) {

@@ -2,30 +2,25 @@
 
 #include <fmt/format.h>
 
+#include <chrono>
+
 #include "vorlu/detection/app_inventory.h"
 #include "vorlu/detection/find_app.h"
 #include "vorlu/state/paths.h"
-#include "vorlu/state/property_list.h"
+#include "vorlu/state/replacement.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
 namespace {
 
-struct BundleIcon {
-  std::optional<std::string> CFBundleIconFile;
-  static constexpr auto fields() { return std::array{field<&BundleIcon::CFBundleIconFile>("CFBundleIconFile")}; }
-};
-
-/// The icon inside an application's bundle; empty when there is none.
-std::string iconOfBundle(FileManager& files, const std::string& bundle) {
-  if (bundle.empty()) return {};
-  const auto bytes = files.read(bundle + "/Contents/Info.plist");
-  const auto info = bytes ? decodePropertyList<BundleIcon>(*bytes) : Result<BundleIcon>(bytes.failure());
-  std::string name = info ? info->CFBundleIconFile.value_or("") : "";
-  if (name.empty() || name.find('/') != std::string::npos) return {};
-  if (name.find('.') == std::string::npos) name += ".icns";
-  const std::string icon = fmt::format("{}/Contents/Resources/{}", bundle, name);
-  return files.exists(icon) ? icon : "";
+/// Whether a request for the icon is answered with one: a server that can't be reached must not hold a prompt up.
+bool answers(Vorlu& vorlu, const std::string& url) {
+  if (url.empty()) return false;
+  UrlRequest request;
+  request.url = replacedAll(url, " ", "%20");
+  request.timeout = std::chrono::seconds(10);
+  const UrlReply reply = vorlu.platform.urls.send(request);
+  return !reply.error && reply.response && reply.response->status == 200 && reply.data && !reply.data->empty();
 }
 
 }  // namespace
@@ -34,8 +29,11 @@ std::string resolveAppIcon(Vorlu& vorlu, const AppIconSource& app) {
   FileManager& files = vorlu.platform.files;
   const std::string local = paths::appIcons + "/" + app.localIcon;
   if (!app.localIcon.empty() && files.exists(local)) return local;
-  const std::string own = iconOfBundle(files, app.installedPath);
-  if (!own.empty()) return own;
+  if (answers(vorlu, app.cloudIcon)) {
+    vorlu.log(fmt::format("{} icon not found locally. Using icon at URL {} instead", app.appName, app.cloudIcon),
+              silent);
+    return app.cloudIcon;
+  }
   const std::string fallback = paths::icons + "/unknownIcon.png";
   if (!files.exists(fallback)) return {};
   vorlu.log(fmt::format("Warning: No icon could be found for {}. Using {} instead", app.appName, fallback));
@@ -43,13 +41,13 @@ std::string resolveAppIcon(Vorlu& vorlu, const AppIconSource& app) {
 }
 
 std::string resolveAppIcon(Vorlu& vorlu, const CurrentApp& app) {
-  return resolveAppIcon(vorlu, AppIconSource{app.appName, app.localIcon, app.cloudIcon, app.installedPath});
+  return resolveAppIcon(vorlu, AppIconSource{app.appName, app.localIcon, app.cloudIcon});
 }
 
 std::string resolveAppIcon(Vorlu& vorlu, const ApplicationInventory& update) {
   const AppBlueprints* entry = matchApp(vorlu, update.appIdentifier);
   return resolveAppIcon(vorlu, AppIconSource{update.appName, entry ? orEmpty(entry->localIcon) : "",
-                                             entry ? orEmpty(entry->cloudIcon) : "", update.installedPath});
+                                             entry ? orEmpty(entry->cloudIcon) : ""});
 }
 
 }  // namespace vorlu

@@ -1,6 +1,10 @@
 #include "vorlu/state/format_date.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <cctype>
+#include <chrono>
 
 namespace vorlu {
 namespace {
@@ -38,6 +42,17 @@ std::string capitalised(std::string_view text) {
 
 std::string formatDate(Clock& clock, Seconds when, DateForm form) {
   return capitalised(clock.format(when, pattern(form)));
+}
+
+std::string describeDate(std::int64_t secondsSinceEpoch) {
+  constexpr std::int64_t farAway = 900'000'000'000;  // about 28,500 years, as far as calendars reach
+  const std::chrono::sys_seconds moment{std::chrono::seconds(std::clamp(secondsSinceEpoch, -farAway, farAway))};
+  const auto day = std::chrono::floor<std::chrono::days>(moment);
+  const std::chrono::year_month_day date(day);
+  const std::chrono::hh_mm_ss time(moment - day);
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02} +0000", static_cast<int>(date.year()),
+                     static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), time.hours().count(),
+                     time.minutes().count(), time.seconds().count());
 }
 
 }  // namespace vorlu

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,9 @@ enum class DateForm {
 
 /// In the Mac's own zone, locale "en_US_POSIX", capitalised word by word.
 std::string formatDate(Clock& clock, Seconds when, DateForm form);
+
+/// A moment in UTC as messages show it: "2026-03-02 12:00:00 +0000".
+std::string describeDate(std::int64_t secondsSinceEpoch);
 
 /// Each word's first letter upper case, the rest lower case.
 std::string capitalised(std::string_view text);

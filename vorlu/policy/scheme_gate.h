@@ -1,0 +1,11 @@
+#pragma once
+
+namespace vorlu {
+
+struct Vorlu;
+
+/// Whether the patch day or the run frequency lets this run ask the user. Logs its reason; false ends the flow with 0.
+/// Writes or removes the missed update receipt on the way, and may wait 40 seconds for new profiles.
+bool passesSchemeGate(Vorlu& vorlu);
+
+}  // namespace vorlu
