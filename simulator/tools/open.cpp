@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "simulator/host/forward_request.h"
 #include "simulator/tools/application.h"
 #include "simulator/tools/tool.h"
 
@@ -84,15 +85,11 @@ int startDetached(const std::string& program, const Arguments& arguments) {
   return error;
 }
 
-// SIGURG: a program with a window raises it, any other ignores the signal.
-void bringForward(const std::vector<Process>& processes) {
-  for (const auto& process : processes) kill(process.pid, SIGURG);
-}
-
 int openApplication(const Application& application, const Request& request) {
   const auto running = processesOf(application);
   if (!request.newInstance && !running.empty()) {
-    if (!request.inBackground) bringForward(running);
+    if (!request.inBackground)
+      for (const auto& process : running) askForward(process.pid);
     return 0;
   }
   const int error = startDetached(application.program, request.forTheProgram);

@@ -125,8 +125,8 @@ void runUnansweredPrompt(Vorlu& vorlu, const DialogCommand& command) {
   runTool(vorlu.platform.processes, vorlu.log, shellCommandOf(command.line(), command.timerSeconds()));
 }
 
-void launchPrompt(Vorlu& vorlu, const DialogCommand& command) {
-  vorlu.platform.processes.launch(shellCommand(command.foregroundLine()));
+std::optional<pid_t> launchPrompt(Vorlu& vorlu, const DialogCommand& command) {
+  return vorlu.platform.processes.launch(shellCommand(command.foregroundLine()));
 }
 
 void killPrompts(Vorlu& vorlu) {

@@ -38,6 +38,10 @@ std::string graceText(const MessageCase& which);
 std::string promptMessage(const std::optional<std::string>& custom, const std::string& ownText,
                           const MessageWords& words);
 
+/// The defer button where deferrals are counted: the administrator's text with its `deferCount` replaced, or "Defer
+/// (2)".
+std::string countedDeferButton(const std::optional<std::string>& custom, std::int64_t deferCount);
+
 /// A preference's text; an empty one counts as none.
 std::string textOr(const std::optional<std::string>& custom, const std::string& otherwise);
 

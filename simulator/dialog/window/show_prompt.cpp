@@ -11,6 +11,7 @@
 #include "simulator/dialog/window/look.h"
 #include "simulator/dialog/window/prompt_window.h"
 #include "simulator/dialog/window_library.h"
+#include "simulator/host/forward_request.h"
 #include "simulator/host/host_clock.h"
 
 namespace {
@@ -19,8 +20,6 @@ using namespace vorlu::simulator;
 
 constexpr int tick = 50;          // milliseconds between two looks at the command file
 constexpr int ticksPerClock = 4;  // between two looks at the Mac's clock
-
-volatile sig_atomic_t askedForward = 0;
 
 void exitWithoutDisplay(int) {
   _exit(ending::noDisplay);
@@ -60,8 +59,7 @@ extern "C" __attribute__((visibility("default"))) int vorluShowPrompt(const Prom
 
   PromptWindow window(prompt);
   window.comeForward();
-  // "open" sends it to an application that is to come forward; whoever doesn't know it ignores it.
-  signal(SIGURG, [](int) { askedForward = 1; });
+  listenForForwardRequests();
 
   const Timer timer(prompt.timer);
   int ticks = 0;
@@ -69,17 +67,14 @@ extern "C" __attribute__((visibility("default"))) int vorluShowPrompt(const Prom
   QObject::connect(&pulse, &QTimer::timeout, &window, [&] {
     for (const auto& line : commands.newLines()) window.follow(parseCommand(line));
     window.animate();
-    if (askedForward != 0) {
-      askedForward = 0;
-      window.comeForward();
-    }
+    if (takeForwardRequest()) window.comeForward();
     if (!timer.runs() || ticks++ % ticksPerClock != 0) return;
     const double left = timer.left();
     window.showTimeLeft(left);
     if (left <= 0) window.end(ending::timerRanOut);
   });
   pulse.start(tick);
-  const int status = QApplication::exec();
+  QApplication::exec();
   window.hide();
-  return window.ended().value_or(status);
+  return window.ended().value_or(ending::quit);  // what the desktop ends is no answer
 }

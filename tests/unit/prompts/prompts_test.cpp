@@ -2,6 +2,7 @@
 
 #include "tests/support/agent_run.h"
 #include "vorlu/platform/linux/linux_processes.h"
+#include "vorlu/prompts/checking_prompt.h"
 #include "vorlu/prompts/completion_prompt.h"
 #include "vorlu/prompts/grace_prompt.h"
 #include "vorlu/prompts/initial_prompt.h"
@@ -102,10 +103,10 @@ TEST(Prompts, VaryWithAppsModeListAndPreferences) {
 TEST(Prompts, AForcedPromptHasItsOwnTextsAndSizes) {
   PromptRun run("2");
   run.setPreferences("ForcedUpdates",
-                     size("customGracePromptSize", 300, 600) + key("customDeferButton", "In deferCount"));
+                     size("customGracePromptSize", 300, 600) + key("customDeferButton", "In {deferCount}"));
   const UpdatePrompt prompt = prepareForcedPrompt(run.vorlu, {{"Slides", "", "2.0"}, 3, 0});
   EXPECT_EQ(showInitialPrompt(run.vorlu, prompt).answer, PromptAnswer::button2);
-  EXPECT_EQ(varying(run), "In 3 20s 260x530");
+  EXPECT_EQ(varying(run), "In {3} 20s 260x530");
   showGracePrompt(run.vorlu, prompt);
   EXPECT_EQ(varying(run), " 900s 300x600");
 }
@@ -211,6 +212,19 @@ TEST(Prompts, ACompletionPromptIsAnsweredByItsOwnReceiptAlone) {
     EXPECT_EQ(run.messages().back(), message) << at;
     EXPECT_EQ(run.tools().back() == "zsh: su alice -c 'open -a \"/Applications/Slides.app\"'", at == 3) << at;
     EXPECT_FALSE(run.mac.exists(paths::completeResult)) << at;
+  }
+}
+
+TEST(Prompts, TheCheckingPromptIsClosedEvenIfItDoesNotListen) {
+  for (const bool listens : {true, false}) {
+    PromptRun run;
+    run.mac.makeFolder(paths::components);
+    const auto shown = showCheckingPrompt(run.vorlu, "/d.png");
+    run.mac.clock.at(1.5, [&] { listens&& run.mac.processes.signal(*shown, SIGTERM); });
+    run.tools();
+    closeCheckingPrompt(run.vorlu, shown);
+    EXPECT_EQ(run.tools().back() == "zsh: killall Dialog", !listens);
+    EXPECT_THAT(run.mac.read(paths::dialogCommandFile), testing::EndsWith("quit:\n"));
   }
 }
 
