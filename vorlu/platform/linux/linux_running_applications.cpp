@@ -6,6 +6,7 @@
 #include <array>
 #include <climits>
 #include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <set>
 #include <string_view>
@@ -21,14 +22,21 @@ struct FreePlist {
   void operator()(void* plist) const { plist_free(plist); }
 };
 
-/// Programs of all processes that may be looked at, as paths of the machine.
+/// The program of a process, as a path of the machine. Another user's process may hide it; then it is what the process
+/// was started as.
+std::string programOf(pid_t pid) {
+  const std::string folder = "/proc/" + std::to_string(pid);
+  std::array<char, PATH_MAX> program{};
+  if (::readlink((folder + "/exe").c_str(), program.data(), program.size() - 1) > 0) return program.data();
+  std::string started;
+  std::getline(std::ifstream(folder + "/cmdline"), started, '\0');
+  return started;
+}
+
+/// Programs of all processes.
 std::set<std::string> runningPrograms() {
   std::set<std::string> programs;
-  for (const pid_t pid : processIds()) {
-    std::array<char, PATH_MAX> program{};
-    const std::string link = "/proc/" + std::to_string(pid) + "/exe";
-    if (::readlink(link.c_str(), program.data(), program.size() - 1) > 0) programs.emplace(program.data());
-  }
+  for (const pid_t pid : processIds()) programs.insert(programOf(pid));
   return programs;
 }
 
