@@ -162,18 +162,5 @@ TEST_F(ForcedUpdateFlow, WhatHoldsOneReceiptBackHarmsNoOther) {
   EXPECT_TRUE(std::chrono::seconds(50) <= last && last < std::chrono::seconds(90)) << last.count();
 }
 
-TEST_F(ForcedUpdateFlow, WithoutMarksItSaysSo) {
-  const auto expectNoMarks = [&] {
-    flow({});
-    EXPECT_EQ(messages().back(), "No Apps have been marked for forced updates");
-  };
-  expectNoMarks();
-  mac.makeFolder(paths::receipts);
-  expectNoMarks();
-  mac.files.remove(paths::receipts);
-  mac.write(paths::receipts, "a file");
-  expectNoMarks();
-}
-
 }  // namespace
 }  // namespace vorlu::test

@@ -1,7 +1,6 @@
 #include "tests/support/agent_run.h"
 #include "vorlu/install/install_permission.h"
 #include "vorlu/install/server_call_limit.h"
-#include "vorlu/install/version_mismatch.h"
 
 namespace vorlu::test {
 namespace {
@@ -34,31 +33,6 @@ TEST(ServerCalls, TenADay) {
   const auto expired = [&](Count reset) { return file.LastServerReset = reset, serverCallsExpired(file, 100'000); };
   EXPECT_TRUE(expired({}) && expired(13'600) && expired(100'001));
   EXPECT_FALSE(expired(13'601) || expired(100'000));
-}
-
-struct VersionMismatch : testing::Test, AgentRun {
-  std::string verdict() {
-    checkForVersionMismatch(vorlu, "/Applications/Slides.app");
-    const Lines lines = messages();
-    return lines.empty() ? "" : lines.back();
-  }
-};
-
-TEST_F(VersionMismatch, ComparesByTheMethodOfTheEntry) {
-  mac.addApplication("/Applications/Slides.app", "com.example.slides", "2.0");
-  CurrentApp& app = vorlu.currentApp;
-  app.appName = "Slides";
-  app.latestIntelVersion = "1.9";
-  EXPECT_EQ(verdict(), "") << "no version for this processor";
-  app.latestSiliconVersion = "2.0";
-  app.latestVersionMethod = "CFBundleShortVersionString";
-  EXPECT_EQ(verdict(), "No version mismatch found");
-  app.latestVersion = "2.1";
-  EXPECT_THAT(verdict(), testing::EndsWith("does not match CFBundleShortVersionString: 2.0"));
-  app.latestVersionMethod = "CFBundleVersion";
-  EXPECT_THAT(verdict(), testing::EndsWith("does not match CFBundleVersion: Unknown"));
-  app.latestVersionMethod = "pkgReceipt";
-  EXPECT_EQ(verdict(), "Checking for version mismatches for Slides installed at path: /Applications/Slides.app");
 }
 
 }  // namespace

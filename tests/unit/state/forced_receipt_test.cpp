@@ -60,17 +60,5 @@ TEST_F(ForcedReceipt, AChangeKeepsWhatTheAdministratorWrote) {
               testing::ElementsAre(testing::StartsWith("Error: Could not update the forced update receipt")));
 }
 
-TEST_F(ForcedReceipt, NoNameLeavesTheFolderOfTheTask) {
-  mac.write(paths::runData, "run data");
-  for (const char* app : {"", ".", ".."}) {
-    beginCurrentTask(vorlu, *markedApp(app + " Patch Receipt.plist"s));
-    EXPECT_THAT(messages(), testing::ElementsAre(testing::StartsWith("Error creating the App receipt: "))) << app;
-  }
-  beginCurrentTask(vorlu, "Slides");
-  EXPECT_THAT(*mac.files.list(paths::currentTask), testing::ElementsAre("Slides"));
-  endCurrentTask(vorlu);
-  EXPECT_THAT(*mac.files.list(paths::run), testing::ElementsAre("Downloads", "runData.plist"));
-}
-
 }  // namespace
 }  // namespace vorlu::test
