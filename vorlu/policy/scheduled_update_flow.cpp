@@ -54,9 +54,10 @@ void announce(ScheduledRun& run) {
 /// Updates what isn't in use, unless an earlier step of this process did. A Self Service user sees that something
 /// happens.
 void lookForUpdates(ScheduledRun& run) {
-  if (run.isSelfService()) showCheckingPrompt(run.vorlu, run.dialogIcon);
+  std::optional<pid_t> checkingPrompt;
+  if (run.isSelfService()) checkingPrompt = showCheckingPrompt(run.vorlu, run.dialogIcon);
   if (!run.vorlu.updates.passDone) initialiseUpdates(run.vorlu);
-  if (run.isSelfService()) closeCheckingPrompt(run.vorlu);
+  if (run.isSelfService()) closeCheckingPrompt(run.vorlu, checkingPrompt);
 }
 
 bool endsWith(ScheduledRun& run, int status) {
