@@ -38,8 +38,8 @@ class ForcedUpdateFlow : public InstallRun {
   }
 
   /// One run in which the user's answers come prompt by prompt; the last is given for ever.
-  void flow(const Strings& answers) {
-    for (const std::string& answer : answers) {
+  void flow(const Strings& given) {
+    for (const std::string& answer : given) {
       const auto look = [this](const Command&) { EXPECT_EQ(runData().CurrentRunType, "forcedUpdate"); };
       mac.processes.onPrefix(dialog, {.output = answer + "\n", .effect = look});
     }

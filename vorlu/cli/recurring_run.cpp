@@ -11,10 +11,8 @@
 namespace vorlu {
 namespace {
 
-/// Beside another agent, which may be asking or installing, this one does neither.
 void forcedStep(Vorlu& vorlu) {
   vorlu.modes.runStage = "ForcedUpdates";
-  if (!isAlone(vorlu)) return;
   announceForcedUpdates(vorlu);
   forcedUpdateFlow(vorlu);
 }
@@ -37,6 +35,7 @@ void scheduledStep(Vorlu& vorlu) {
     return;
   }
   vorlu.modes.runStage = "ScheduledUpdates";
+  // Beside another agent, which may be asking or installing, this one does neither.
   if (isAlone(vorlu)) scheduledUpdateFlow(vorlu, "run");
 }
 

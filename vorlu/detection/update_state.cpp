@@ -14,4 +14,9 @@ void noteUpdate(UpdateState& updates, const std::string& serverName, const std::
   updates.updatesInstalled.push_back(appName);
 }
 
+bool wasForced(const UpdateState& updates, const ApplicationInventory& app) {
+  const std::vector<std::string>& forced = updates.forcedApps;
+  return std::find(forced.begin(), forced.end(), app.appName) != forced.end();
+}
+
 }  // namespace vorlu

@@ -41,4 +41,7 @@ void noteFailedUpdate(UpdateState& updates, const std::string& serverName);
 /// An update that went through takes back what an earlier attempt of this run noted.
 void noteUpdate(UpdateState& updates, const std::string& serverName, const std::string& appName);
 
+/// Whether a forced update of this run has handled the app.
+bool wasForced(const UpdateState& updates, const ApplicationInventory& app);
+
 }  // namespace vorlu

@@ -10,6 +10,7 @@
 #include "vorlu/install/install_permission.h"
 #include "vorlu/install/install_window.h"
 #include "vorlu/install/pipeline.h"
+#include "vorlu/install/placement.h"
 #include "vorlu/install/progress_bar.h"
 #include "vorlu/install/server_call_limit.h"
 #include "vorlu/install/version_mismatch.h"
@@ -216,6 +217,7 @@ void tellSuccess(Install& install, const std::string& path) {
 void installApp(Vorlu& vorlu, const std::string& identifier, bool showProgress) {
   Install install{vorlu, identifier, showProgress, "", ""};
   setCurrentRunType(vorlu, "appInstalls");
+  recoverPlacement(vorlu);  // an app that a killed run has moved aside is no missing one
   selectApp(install);
   enterPhase(install, "Init");
   requirePermission(install);

@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "vorlu/detection/find_app.h"
 #include "vorlu/detection/update_check.h"
@@ -106,14 +106,8 @@ bool passesAcceptableUse(Vorlu& vorlu, const ForcedMark& mark) {
   return !use;
 }
 
-/// Two marks of one app: the user has already answered for the first.
-bool wasHandled(Vorlu& vorlu, const ForcedMark& mark) {
-  const auto& handled = vorlu.updates.forcedApps;
-  return std::find(handled.begin(), handled.end(), mark.appName) != handled.end();
-}
-
 bool mayGoOn(Vorlu& vorlu, const ForcedMark& mark) {
-  if (wasHandled(vorlu, mark)) return false;
+  if (wasForced(vorlu.updates, mark.update)) return false;  // marked twice: the user has answered already
   return passesDeferralPeriod(vorlu, mark) && passesRunLimits(vorlu) && passesAcceptableUse(vorlu, mark);
 }
 
@@ -207,7 +201,8 @@ ForcedOutcome updateInFrontOfUser(Vorlu& vorlu, ForcedMark& mark) {
   if (!userAgrees(vorlu, mark, prompt)) return ForcedOutcome::deferred;
   sight.wasQuit = isSelectedAppRunning(vorlu, mark.update.installedPath, mark.appName);
   runUpdateWithProgress(vorlu, {mark.update}, UpdateRunKind::forced, settings);
-  return finish(vorlu, mark, vorlu.updates.failedAppNames.empty(), &sight);
+  const bool failed = !std::exchange(vorlu.updates.failedAppNames, {}).empty();  // no failure of the scheduled flow
+  return finish(vorlu, mark, !failed, &sight);
 }
 
 /// An app that isn't in use is updated without a word to the user.

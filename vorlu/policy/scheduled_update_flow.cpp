@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "vorlu/detection/placeholders.h"
 #include "vorlu/policy/acceptable_use.h"
 #include "vorlu/policy/deferrals.h"
@@ -90,18 +88,14 @@ bool policyAllows(ScheduledRun& run) {
   return true;
 }
 
-/// Takes the apps that the pass left alone because they were in use: those alone have to quit. An app whose user was
-/// asked by the forced step of this run isn't taken. False when there is nothing to ask for.
+/// Takes the apps that the pass left alone because they were in use: those alone have to quit. One whose forced update
+/// this run has handled isn't asked for again.
 bool takeUpdates(ScheduledRun& run) {
   Vorlu& vorlu = run.vorlu;
-  const auto& forced = vorlu.updates.forcedApps;
-  const auto& inUse = vorlu.updates.skippedUpdates;
-  std::copy_if(inUse.begin(), inUse.end(), std::back_inserter(run.updates), [&](const ApplicationInventory& update) {
-    return std::find(forced.begin(), forced.end(), update.appName) == forced.end();
-  });
-  if (inUse.empty()) endWithoutUpdates(vorlu, run.trigger, run.dialogIcon);
+  run.updates = vorlu.updates.skippedUpdates;
   if (run.updates.empty()) return false;
-  logFoundUpdates(vorlu, run.updates);
+  std::erase_if(run.updates, [&](const ApplicationInventory& update) { return wasForced(vorlu.updates, update); });
+  if (!run.updates.empty()) logFoundUpdates(vorlu, run.updates);
   return true;
 }
 
@@ -182,8 +176,8 @@ void scheduledUpdateFlow(Vorlu& vorlu, const std::string& trigger) {
   if (run.isSelfService() && !somebodyAtConsole(vorlu)) return;
   lookForUpdates(run);
   if (!policyAllows(run)) return;
-  if (!takeUpdates(run)) return;
-  if (!somebodyAtConsole(vorlu)) return;
+  if (!takeUpdates(run)) return endWithoutUpdates(vorlu, run.trigger, run.dialogIcon);
+  if (run.updates.empty() || !somebodyAtConsole(vorlu)) return;
   preparePrompt(run);
   if (!mayInterruptUser(run)) return;
   if (!promptUser(run)) return;
