@@ -228,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(ScheduledUpdateFlow, Months, testing::Values(
 Mon 9 09:15 initial 2
 Mon 16 09:30 grace 0, relaunch
 Mon 23 09:45 initial 0, relaunch
-Mon 30 11:45 initial 0, relaunch
+Mon 30 10:00 initial 0, relaunch
 )"},
     Month{hourly, "disableDeferralLimit", "2 2 2 2 4 4 0 137", 0, R"(Mon 2 09:00 initial 2
 Mon 2 10:00 initial 2
@@ -237,15 +237,15 @@ Mon 2 12:00 initial 2
 Tue 3 09:00 initial 4, initial 4, initial 0, relaunch
 Tue 10 09:15 initial 137
 Tue 10 10:15 initial 0, relaunch
-Tue 17 10:45 initial 0, relaunch
-Tue 24 11:00 initial 0, relaunch
-Tue 31 11:30 initial 0, relaunch
+Tue 17 10:30 initial 0, relaunch
+Tue 24 10:45 initial 0, relaunch
+Tue 31 11:00 initial 0, relaunch
 )"},
     Month{"", "disableDeferrals", "4 0 137", 0, R"(Mon 2 09:00 grace 4, relaunch
 Mon 9 09:15 grace 0, relaunch
-Mon 16 10:15 grace 137, relaunch
-Mon 23 11:00 grace 0, relaunch
-Tue 31 09:00 grace 0, relaunch
+Mon 16 09:30 grace 137, relaunch
+Mon 23 09:45 grace 0, relaunch
+Mon 30 10:00 grace 0, relaunch
 )"},
     Month{thursdays, "specifyDeferralLimit", "2 0", 12, R"(Thu 5 09:00 initial 2
 Fri 13 09:00 initial 0, relaunch

@@ -37,6 +37,7 @@ void scheduledStep(Vorlu& vorlu) {
     return;
   }
   vorlu.modes.runStage = "ScheduledUpdates";
+  // Beside another agent, which may be asking or installing, this one does neither.
   if (isAlone(vorlu)) scheduledUpdateFlow(vorlu, "run");
 }
 

@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "vorlu/detection/placeholders.h"
 #include "vorlu/policy/acceptable_use.h"
 #include "vorlu/policy/deferrals.h"
