@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "refserver/host_clock.h"
 #include "refserver/sample_data.h"
 #include "seal/keys.h"
 #include "seal/site_file.h"
@@ -31,12 +32,13 @@ std::string digestBy(const std::vector<std::string>& command) {
 
 }  // namespace
 
-AppServer::AppServer(const Hook& hook) {
+AppServer::AppServer(const Hook& hook, const std::string& hostFile) {
   EXPECT_TRUE(refserver::makeSampleData(folder_.path(), baseUrl()).ok());
   refserver::ServerConfig config{folder_.path(), *seal::readSiteFile(VORLU_SITE_FILE),
                                  std::move(*seal::readServerKeys(VORLU_SITE_KEYS))};
   config.port = port;
   config.hook = hook;
+  if (!hostFile.empty()) config.clock = refserver::hostClock(hostFile);
   server_.emplace(std::move(config));
   const auto started = server_->start();
   EXPECT_TRUE(started.ok()) << (started.ok() ? "" : started.error());
@@ -68,6 +70,10 @@ void AppServer::setCatalog(const std::vector<AppBlueprints>& entries) {
 
 void AppServer::setManifest(const std::string& json) {
   test::writeFile(folder_ / "/manifest.json", json);
+}
+
+void AppServer::setTestingCatalog(const std::vector<AppBlueprints>& entries) {
+  test::writeFile(folder_ / "/testing.json", encodeJson(entries, JsonLayout::pretty));
 }
 
 std::string AppServer::urlOf(const std::string& file) {

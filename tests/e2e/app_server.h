@@ -16,7 +16,8 @@ class AppServer {
  public:
   /// `hook` sees each answer before it is sent and may break it.
   using Hook = std::function<void(const refserver::Request& request, refserver::Response& response)>;
-  explicit AppServer(const Hook& hook = {});
+  /// With a host file the server follows that Mac's clock.
+  explicit AppServer(const Hook& hook = {}, const std::string& hostFile = "");
 
   /// Makes an application "com.example.NAME", without blanks, on the shelf and gives its path on this machine.
   std::string make(const std::string& name, const std::string& version);
@@ -28,6 +29,7 @@ class AppServer {
 
   void setCatalog(const std::vector<AppBlueprints>& entries);
   void setManifest(const std::string& json);
+  void setTestingCatalog(const std::vector<AppBlueprints>& entries);
 
   static std::string urlOf(const std::string& file);
 

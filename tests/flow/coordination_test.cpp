@@ -46,7 +46,7 @@ struct CoordinationTest : ::testing::Test, AgentRun {
   /// What a command prints: something for each process that is alive.
   template <class Print>
   void print(const std::string& command, const std::string& before, Print one) {
-    mac.processes.on(command, {.print = [this, before, one](const Command&) {
+    mac.processes.on(command, {.reply = [this, before, one](const Command&) {
                        std::string text = before;
                        for (const Other& other : others) text += mac.processes.isAlive(other.pid) ? one(other) : "";
                        return text;

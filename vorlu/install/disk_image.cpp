@@ -45,7 +45,7 @@ void reportMountFailure(Vorlu& vorlu, const std::string& output) {
   });
   lines.feed(output);
   lines.finish();
-  if (!told) vorlu.log(trimmed(output));
+  if (const std::string text = trimmed(output); !told && !text.empty()) vorlu.log(text);
   vorlu.log("Please ensure disk image mounting is not restricted and try again");
 }
 

@@ -118,6 +118,10 @@ InstallOutcome skipAppInUse(InstallJob& job) {
 StageEnd considerRunningApp(InstallJob& job) {
   const InstallRequest& request = job.request;
   Vorlu& vorlu = job.vorlu;
+  if (request.cacheOnly) {
+    allowIdleSleep(vorlu);
+    return InstallOutcome::inUse;
+  }
   if (request.checkRunning) {
     const bool goesOn = vorlu.currentApp.updateWhileRunning;
     if (!goesOn) vorlu.log(fmt::format("Checking if {} is running....", request.appName));
