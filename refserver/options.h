@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -22,7 +23,10 @@ inline constexpr const char* usage =
     "[--listen ADDRESS]\n"
     "       vorlu-server --init DIR [--site site/local.json]";
 
-/// A failure says which argument is wrong.
+/// Sets the targets of "--name value" pairs. A failure says which argument is wrong.
+Status readOptions(const std::vector<std::string>& arguments, const std::map<std::string, std::string*>& targets);
+
+/// The same for the server.
 Result<Options> parseOptions(const std::vector<std::string>& arguments);
 
 }  // namespace vorlu::refserver

@@ -11,7 +11,9 @@
 #include "vorlu/cli/console_io.h"
 #include "vorlu/cli/initialise_run.h"
 #include "vorlu/detection/find_app.h"
+#include "vorlu/detection/update_check.h"
 #include "vorlu/policy/update_check_flow.h"
+#include "vorlu/reporting/report.h"
 #include "vorlu/server/key_material.h"
 #include "vorlu/state/agent_version.h"
 #include "vorlu/state/end_run.h"
@@ -100,7 +102,11 @@ void checkIdentifier(Vorlu& vorlu, const Arguments& arguments) {
 void sendReport(Vorlu& vorlu, const Arguments& arguments) {
   requireSubArgument(vorlu, arguments, {"-r", "--report"});
   requireRoot(vorlu, "Vorlu must be run as root for reporting functions");
-  endWithoutFlow(vorlu, "--report");
+  initialiseRun(vorlu, {});
+  vorlu.modes.reportMode = true;
+  checkForUpdates(vorlu, "", true);
+  buildAndSubmitReport(vorlu);
+  endRun(vorlu, 0);
 }
 
 void initialiseInstallation(Vorlu& vorlu) {
@@ -129,6 +135,8 @@ void checkForNewUpdates(Vorlu& vorlu) {
   vorlu.modes.updateMode = true;
   initialiseRun(vorlu, {});
   updateCheckFlow(vorlu, false);
+  buildAndSubmitReport(vorlu);
+  endRun(vorlu, 0);
 }
 
 void update(Vorlu& vorlu, const Arguments& arguments) {

@@ -6,7 +6,6 @@
 #include "vorlu/detection/update_check.h"
 #include "vorlu/install/pipeline.h"
 #include "vorlu/install/placement.h"
-#include "vorlu/state/end_run.h"
 #include "vorlu/state/run_data.h"
 #include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
@@ -78,8 +77,7 @@ void updateCheckFlow(Vorlu& vorlu, bool hourly) {
   noteCompliance(vorlu, pass);
   checkForUpdates(vorlu, "", true);
   vorlu.modes.runStage = "N/A";
-  if (!hourly) endRun(vorlu, 0);
-  updateRunData(vorlu, RunDataSelector::nextUpdateAttempt);
+  if (hourly) updateRunData(vorlu, RunDataSelector::nextUpdateAttempt);
 }
 
 }  // namespace vorlu

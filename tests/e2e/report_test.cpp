@@ -1,0 +1,107 @@
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "refserver/sample_data.h"
+#include "refserver/server.h"
+#include "tests/e2e/simulated_mac.h"
+#include "vorlu/reporting/encrypt_report.h"
+#include "vorlu/reporting/report_data.h"
+#include "vorlu/state/encoding.h"
+#include "vorlu/state/json.h"
+#include "vorlu/state/paths.h"
+
+namespace vorlu::e2e {
+namespace {
+
+using test::readFile;
+using test::TemporaryFolder;
+using test::writeFile;
+using testing::EndsWith;
+
+const char* catalog = R"([{"appName": "Diä “Show” 日本", "appIdentifier": "slides", "latestVersion": "2.0",
+  "latestVersionMethod": "CFBundleShortVersionString", "appType": "appBundle", "architecture": "universal",
+  "appPath": "/Applications/Slides.app"}])";
+const char* preferences = R"(<plist version="1.0"><dict><key>GeneralOptions</key><dict>
+  <key>publicKey</key><string>{}</string><key>autoUpdate</key><false/></dict></dict></plist>)";
+const char* runData = R"(<plist version="1.0"><dict><key>LastRun</key><integer>1772452800</integer>
+  <key>DeferCount</key><string>1</string><key>LastCompliant</key><string>Jan 02 2026 03:04:05 +0000</string>
+  <key>CurrentRunType</key><string>N/A</string></dict></plist>)";
+const char* errors = R"({"vorluErrors": [{"timeStamp": "then", "message": "Error: \"quoted\" \u0001 ü"}],
+  "vorluWarnings": [{"timeStamp": "now", "message": "Warning: null, N/A"}]})";
+const char* expected = R"({"ComputerRecord": {"customerName": "Example", "serialNumber": "C02SIM00001",
+  "computerName": "Sim Mac", "modelNumber": "MacBook Pro", "architecture": "Apple M3", "osVersion": "14.5.0",
+  "diskCapacity": "500 GB", "freeDiskSpace": "200 GB", "filevaultEnabled": true, "gatekeeperEnabled": false,
+  "sipEnabled": true, "lastUser": "alice", "lastUserFullName": "Alice Example", "lastCheckin": "",
+  "selfUpdatesEnabled": false, "backgroundUpdatesEnabled": true, "promptsEnabled": true, "vorluVersion": "1.4.0",
+  "lastPrompt": "Mar 02 2026 12:00:00 +0000", "nextPrompt": "Mar 09 2026 12:00:00 +0000",
+  "lastRunStatus": "Updates pending", "deferralsAllowed": true, "deferralLimit": "2", "deferralsRemaining": "1",
+  "lastCompliant": "Jan 02 2026 03:04:05 +0000", "AppInventory": [{"appName": "Diä “Show” 日本",
+  "appIdentifier": "slides", "installedPath": "/Applications/Slides.app", "installedVersion": "1.0",
+  "updateCached": false, "updatesAllowed": true}],
+  "ErrorLog": [{"timeStamp": "then", "errorMessage": "Error: \"quoted\" \u0001 ü"}],
+  "WarningLog": [{"timeStamp": "now", "warningMessage": "Warning: null, N/A"}]}})";
+
+using Report = SimulatedMacTest;
+
+Outcome server(const std::string& arguments) {
+  return runOnMachine({"/bin/sh", "-c", builtFile("refserver/vorlu-server") + " " + arguments});
+}
+
+/// What the openssl command makes of a sealed report in `folder`, which holds private.pem.
+std::string openedByOpenssl(const std::string& folder, const EncryptedJson& sealed) {
+  writeFile(folder + "/key", *hexDecode(sealed.aes_key_encrypted_hex));
+  writeFile(folder + "/data", *hexDecode(sealed.encrypted_data_hex));
+  const char* line =
+      "cd {} && openssl pkeyutl -decrypt -inkey private.pem -in key -pkeyopt rsa_padding_mode:oaep -pkeyopt "
+      "rsa_oaep_md:sha512 -pkeyopt rsa_mgf1_md:sha512 -out aes && openssl enc -d -aes-256-cbc -in data -iv {} -K "
+      "$(od -An -v -tx1 aes | tr -d ' \\n')";
+  return runOnMachine({"/bin/sh", "-c", fmt::format(fmt::runtime(line), folder, sealed.iv_hex)}).output;
+}
+
+TEST_F(Report, TheOwnerReadsWhatTheMacIs) {
+  const TemporaryFolder folder;
+  ASSERT_TRUE(refserver::makeSampleData(folder.path(), "http://127.0.0.1:8642").ok());
+  writeFile(folder / "/catalog.json", catalog);
+  refserver::Server running({folder.path(), *seal::readSiteFile(VORLU_SITE_FILE),
+                             std::move(*seal::readServerKeys(VORLU_SITE_KEYS)), refserver::systemSeconds, "127.0.0.1",
+                             8642});
+  ASSERT_TRUE(running.start().ok());
+  const std::string key = folder / "/private.pem";
+  const std::string publicKey = server("keygen --out " + key).output;
+  SimulatedMac mac;
+  mac.addApplication("Slides", "1.0", "com.example.slides");
+  mac.setHost("gatekeeper", "false");
+  mac.write("/Library/Managed Preferences/com.mosk.vorlu.preferences.plist",
+            fmt::format(fmt::runtime(preferences), publicKey.substr(0, publicKey.find('\n'))));
+  mac.write(paths::runData, runData);
+  mac.write(paths::errors, errors);
+  mac.boot();
+  EncryptedJson sent[2];
+  for (EncryptedJson& report : sent) {
+    EXPECT_THAT(mac.shell("vorlu --report submit").output,
+                EndsWith("Successfully submitted reporting data\nExiting...\n"));
+    report = *decodeJson<EncryptedJson>(mac.read(paths::lastReportEnc));
+  }
+  EXPECT_EQ(openedByOpenssl(folder.path(), sent[1]), mac.read(paths::lastReport));
+  const std::string secondKey = readFile(folder / "/aes");
+  openedByOpenssl(folder.path(), sent[0]);
+  EXPECT_NE(readFile(folder / "/aes"), secondKey);
+  EXPECT_NE(sent[0].iv_hex, sent[1].iv_hex);
+
+  const std::string listed = server("report list --data " + folder.path()).output;
+  const std::string id = listed.substr(listed.find('\n') + 1, 12);
+  const Outcome shown = server(fmt::format("report show {} --key {} --data {}", id, key, folder.path()));
+  auto report = decodeJson<ReportData>(shown.output);
+  ASSERT_TRUE(report) << shown.output;
+  EXPECT_THAT(report->ComputerRecord->lastCheckin.value(), testing::ContainsRegex("^[A-Z][a-z]+ [0-9: ]+ [+]0000$"));
+  report->ComputerRecord->lastCheckin = "";
+  EXPECT_EQ(encodeJson(*report, JsonLayout::pretty), encodeJson(*decodeJson<ReportData>(expected), JsonLayout::pretty));
+
+  server("keygen --out " + key + ".other");
+  EXPECT_EQ(server(fmt::format("report show {} --key {}.other --data {}", id, key, folder.path())).output,
+            "vorlu-server: the report isn't for this key, or its wrapped AES key is damaged\n");
+}
+
+}  // namespace
+}  // namespace vorlu::e2e

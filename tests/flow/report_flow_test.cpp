@@ -1,0 +1,109 @@
+#include "tests/unit/server/server_fixture.h"
+#include "vorlu/reporting/report.h"
+#include "vorlu/state/encoding.h"
+
+namespace vorlu::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+const std::string measuring = "zsh: networkQuality -s -v -c > /private/var/tmp/networkQuality.json";
+const std::string success = "Successfully submitted reporting data";
+
+class ReportFlow : public ServerFixture {
+ protected:
+  ReportFlow() {
+    serveInventory(R"({"label": "reports", "url": ")" + base + R"(/reports", "token": "t"})");
+    mac.processes.onPrefix("/usr/", {.output = "", .status = 1});
+    mac.processes.on("zsh: su alice -c \"id -F\"", {.output = "Alice Example\n"});
+    mac.processes.on(measuring, {.output = "", .effect = [this](const Command&) {
+                                   typeDuringReport = runData().CurrentRunType.value_or("");
+                                 }});
+    setPublicKey(base64Encode(agentKeys().agent.publicDer()));
+  }
+  void setPublicKey(const std::string& key) {
+    mac.write("/Library/Managed Preferences/com.mosk.vorlu.preferences.plist",
+              plistOf("<key>GeneralOptions</key><dict><key>publicKey</key><string>" + key + "</string></dict>"));
+  }
+  /// Reports in a new run on fresh run data, and gives what was logged after the collecting.
+  Lines report() {
+    setRunData({});
+    buildAndSubmitReport(newRunWithKeys());
+    Lines lines = logged();
+    EXPECT_EQ(runData().LastReport, static_cast<std::int64_t>(mac.clock.now()));
+    const auto handOver = std::find(lines.begin(), lines.end(), "Attempting to submit report information...");
+    return handOver == lines.end() ? lines : Lines(handOver + 1, lines.end());
+  }
+  std::string typeDuringReport;
+};
+
+TEST_F(ReportFlow, AsksInOrderAndKeepsBothFilesForRootAlone) {
+  mac.write(paths::errors, R"({"vorluErrors": [{"message": ")" + std::string(20000, 'x') + R"("}]})");
+  EXPECT_THAT(report(), ElementsAre(success));
+  EXPECT_EQ(typeDuringReport, "ReportingAuto");
+  const std::string profile = "/usr/sbin/system_profiler SPHardwareDataType";
+  EXPECT_THAT(mac.processes.takeCommands(),
+              ElementsAre(profile, "/usr/bin/fdesetup status", "/usr/sbin/spctl --status", "/usr/bin/csrutil status",
+                          profile, measuring, "zsh: su alice -c \"id -F\""));
+  for (const std::string& file : {paths::lastReport, paths::lastReportEnc})
+    EXPECT_EQ(mac.files.info(file)->mode, 0600) << file;
+  mac.consoleUser.user = "loginwindow";
+  mac.files.remove(paths::lastReport);
+  mac.makeFolder(paths::lastReport + "/in the way");
+  EXPECT_THAT(report(), linesThatBegin({"Error writing to JSON file ", success}));
+  EXPECT_EQ(runData().LastUser, std::nullopt);
+}
+
+TEST_F(ReportFlow, EachAnswerHasItsLineAndStamp) {
+  const std::tuple<int, const char*, std::string> cases[] = {
+      {200, R"({"message": "1 row upserted successfully, thanks"})", success},
+      {500, R"({"message": "no room"})", "Error: Failed to submit reporting data with server response - no room"},
+      {401, "<html>who?</html>", "Error: Could not submit report data - dataCorrupted("},
+      {200, "", "Error: Could not submit report data - dataCorrupted("},
+      {200, R"({"message": 1})", "Error: Could not submit report data - typeMismatch("},
+      {200, R"({"result": "ok"})", "Error: Failed to submit reporting data due to unknown error"}};
+  for (const auto& [status, body, line] : cases) {
+    answer("/reports", status, body);
+    EXPECT_THAT(report(), linesThatBegin({line}));
+    EXPECT_EQ(requests().size(), 1u) << "a failed report isn't tried again";
+  }
+  onRequest = [](const refserver::Request& request, refserver::Response& response) {
+    response.fault.noAnswer = request.path == "/reports";
+  };
+  EXPECT_THAT(report(), ElementsAre("Warning: No data received from the request to submit reporting data."));
+}
+
+TEST_F(ReportFlow, WithoutAUsableKeyNothingIsSentOrWritten) {
+  const std::string conversion = "Error: Could not convert reporting key - ";
+  const std::pair<std::string, std::string> cases[] = {
+      {"", "Error: a Public Key is required for reporting data but could not be found"},
+      {"no Base64!", conversion + "invalidBase64String. Please ensure the configued Vorlu public key is valid"},
+      {base64Encode("no key"), conversion},
+      {base64Encode(seal::RsaKey::generate(1024).publicDer()),
+       "Error: Could not submit reporting data - Error Domain"}};
+  for (const auto& [key, line] : cases) {
+    setPublicKey(key);
+    EXPECT_THAT(report(), linesThatBegin({line}));
+    EXPECT_TRUE(requests().empty() && !mac.exists(paths::lastReport) && !mac.exists(paths::lastReportEnc)) << key;
+  }
+}
+
+TEST_F(ReportFlow, RecurringRunReportsAfterWorkOrWhenItIsDue) {
+  mac.write(paths::jamf, "");
+  mac.processes.on("zsh: /usr/local/jamf/bin/jamf recon", {});
+  const std::pair<RecurringRun, Lines> cases[] = {
+      {{true, false, 5009}, {success, "Running Jamf Pro inventory update..."}},
+      {{false, true, 5009}, {success, "Running Jamf Pro inventory update..."}},
+      {{false, false, 4999}, {success}},
+      {{false, false, 5000}, {}}};
+  for (const auto& [run, lines] : cases) {
+    Vorlu& vorlu = newRunWithKeys();
+    vorlu.runData.now = 5000;
+    reportStep(vorlu, run);
+    EXPECT_EQ(lastOf(logged(), lines.size()), lines) << run.reportDue;
+  }
+  EXPECT_TRUE(logged().empty()) << "nothing was due";
+}
+
+}  // namespace
+}  // namespace vorlu::test
