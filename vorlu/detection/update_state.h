@@ -25,8 +25,14 @@ struct UpdateState {
 
   ApplicationInventory currentUpdate;                ///< the record under work
   std::vector<ApplicationInventory> skippedUpdates;  ///< in use at the last full pass
-  std::vector<std::string> failedUpdates;            ///< `serverName` of failed applications
+  std::vector<std::string> failedUpdates;            ///< `serverName` of failed applications, each once
+  std::vector<std::string> failedAppNames;           ///< `appName` of what failed in the last update run
+  std::vector<std::string> updatesInstalled;         ///< `appName` of what succeeded
   int currentUpdateNumber = 0;
+
+  bool passDone = false;        ///< a full check ran in this process, and what it found was updated or cached
+  bool hourlyCheckRan = false;  ///< by the hourly job of `--update run`
+  bool updatesRan = false;      ///< the scheduled flow updated something, or tried to
 };
 
 }  // namespace vorlu

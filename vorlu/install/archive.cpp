@@ -10,7 +10,7 @@
 #include "vorlu/install/line_reader.h"
 #include "vorlu/install/remove_downloads.h"
 #include "vorlu/install/ticker.h"
-#include "vorlu/install/tool.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/install/tree_walk.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/vorlu.h"

@@ -3,7 +3,7 @@
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/install/install_job.h"
 #include "vorlu/install/line_reader.h"
-#include "vorlu/install/tool.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {

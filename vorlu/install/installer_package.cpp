@@ -7,7 +7,7 @@
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/install/line_reader.h"
 #include "vorlu/install/progress_bar.h"
-#include "vorlu/install/tool.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/state/replacement.h"
 #include "vorlu/vorlu.h"
 

@@ -6,7 +6,7 @@
 #include <chrono>
 
 #include "vorlu/detection/catalog_script.h"
-#include "vorlu/install/tool.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/state/json.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/vorlu.h"

@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "vorlu/install/shell_line.h"
-#include "vorlu/install/tool.h"
+#include "vorlu/state/shell_line.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {

@@ -7,8 +7,8 @@
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/detection/installed_version.h"
 #include "vorlu/detection/placeholders.h"
-#include "vorlu/install/shell_line.h"
-#include "vorlu/install/tool.h"
+#include "vorlu/state/shell_line.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {

@@ -8,7 +8,7 @@
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/detection/processor.h"
 #include "vorlu/install/architecture.h"
-#include "vorlu/install/tool.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/platform/regular_expression.h"
 #include "vorlu/vorlu.h"
 

@@ -55,9 +55,10 @@ bool passesRunDayGate(Log& log, Clock& clock, const RunLimits& limits, std::opti
       log(fmt::format("No run day limitations were configured for today ({})", day));
       break;
     case RunDay::patchDayOverrides:
-      log(fmt::format("A run day limitation was set for today ({}), but today is also the configured patch day. The run "
-                      "day limitation will be ignored",
-                      day));
+      log(fmt::format(
+          "A run day limitation was set for today ({}), but today is also the configured patch day. The run "
+          "day limitation will be ignored",
+          day));
       break;
     case RunDay::limited:
       log(fmt::format("A run day limitation was set for today ({})", day));
@@ -78,12 +79,14 @@ bool passesRunTimeGate(Log& log, Clock& clock, const RunLimits& limits) {
       log(fmt::format("No run time limitations were found for {}", day));
       return true;
     case RunTime::invalid:
-      log(fmt::format("Error: An invalid {} run time limitation was specified (start: {}, end: {}). Please speciy a "
+      log(
+          fmt::format("Error: An invalid {} run time limitation was specified (start: {}, end: {}). Please speciy a "
                       "valid start and end time in 24 hour format, e.g., 09:00 for 9am or 21:00 for 9pm",
                       day, digitsOf(today.startTime), digitsOf(today.endTime)));
       return true;
     case RunTime::sameTimes:
-      log(fmt::format("Warning: Run time limitations for {} were found, but the start and end times are the same. Run "
+      log(
+          fmt::format("Warning: Run time limitations for {} were found, but the start and end times are the same. Run "
                       "time limitations will be ignored",
                       day));
       return true;

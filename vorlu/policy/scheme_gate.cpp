@@ -39,9 +39,10 @@ bool frequencyScheme(Vorlu& vorlu, const RunPrefs& prefs) {
       vorlu.log(fmt::format("No updates have occurred in the last {}. Continuing...", option->period));
       break;
     case FrequencyReason::deferredSingle:
-      vorlu.log(fmt::format("The user deferred the update in the last {} and single prompt mode is enabled. No action "
-                            "is required.",
-                            option->period));
+      vorlu.log(
+          fmt::format("The user deferred the update in the last {} and single prompt mode is enabled. No action "
+                      "is required.",
+                      option->period));
       break;
     case FrequencyReason::deferredRecurring:
       vorlu.log(fmt::format("The user deferred the update in the last {} and recurring prompt mode is enabled.",
@@ -60,9 +61,8 @@ void logOnPatchDay(Log& log, PatchDayReason reason) {
     case PatchDayReason::singleDone:
     case PatchDayReason::singleDue:
       log("Single patch day prompt mode is enabled. Checking for previous successful run today...");
-      log(reason == PatchDayReason::singleDone
-              ? "An update check has already completed today. No action is required."
-              : "An update check has not completed today. Continuing...");
+      log(reason == PatchDayReason::singleDone ? "An update check has already completed today. No action is required."
+                                               : "An update check has not completed today. Continuing...");
       break;
     case PatchDayReason::recurringDue:
       log("Recurring patch day prompt mode is enabled. No previous update checks have completed today. Continuing...");
@@ -95,7 +95,8 @@ void logOnOtherDay(Log& log, PatchDayReason reason, PromptMode mode, const std::
       log("An update check has occurred since the last configured patch day. No action is required.");
       break;
     case PatchDayReason::deferredSince:
-      log(fmt::format("Today is not the configured patch day ({}). Missed update prompts and recurring patch day mode "
+      log(
+          fmt::format("Today is not the configured patch day ({}). Missed update prompts and recurring patch day mode "
                       "are both enabled.",
                       patchDay));
       log("The user deferred on patch day but did not install updates. Continuing...");
@@ -159,9 +160,10 @@ bool passesSchemeGate(Vorlu& vorlu) {
     case Scheme::unknown:
       break;
   }
-  vorlu.log(fmt::format("Error: Unknown Run Limitation Type specified: {}. Options are specifyFrequency or "
-                        "specifyPatchDay. No run limitation will be applied.",
-                        prefs.runType));
+  vorlu.log(
+      fmt::format("Error: Unknown Run Limitation Type specified: {}. Options are specifyFrequency or "
+                  "specifyPatchDay. No run limitation will be applied.",
+                  prefs.runType));
   return true;
 }
 

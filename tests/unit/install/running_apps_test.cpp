@@ -1,7 +1,7 @@
 #include "vorlu/install/running_apps.h"
 
 #include "tests/unit/install/install_run.h"
-#include "vorlu/install/shell_line.h"
+#include "vorlu/state/shell_line.h"
 
 namespace vorlu::test {
 namespace {

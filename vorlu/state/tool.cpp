@@ -1,4 +1,4 @@
-#include "vorlu/install/tool.h"
+#include "vorlu/state/tool.h"
 
 #include <fmt/format.h>
 

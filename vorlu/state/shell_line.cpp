@@ -1,4 +1,4 @@
-#include "vorlu/install/shell_line.h"
+#include "vorlu/state/shell_line.h"
 
 #include <algorithm>
 
