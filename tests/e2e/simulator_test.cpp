@@ -44,16 +44,6 @@ class SimulatorTest : public SimulatedMacTest {
 
   bool isRunning(const std::string& name) { return mac().run({"pgrep", "-f", "/Contents/MacOS/" + name}).status == 0; }
 
-  // Packs Slides.app, version 2.0, into an installer at a path of the Mac.
-  void pack(const std::string& type, const std::string& out, std::vector<std::string> options = {}) {
-    const std::string folder = "/private/tmp/shelf";
-    if (!fs::exists(mac().path(folder))) mac().addApplication("Slides", "2.0", "com.example.slides", {}, folder);
-    options.insert(options.begin(), {sourceFile("simulator/make-installer"), type, mac().path(out)});
-    options.push_back(mac().path(folder + "/Slides.app"));
-    const Outcome made = runOnMachine(options);
-    ASSERT_EQ(made.status, 0) << made.output;
-  }
-
  private:
   std::optional<SimulatedMac> mac_;
 };
@@ -153,38 +143,6 @@ TEST_F(SimulatorTest, ShutdownLeavesNoProcess) {
   mac().shutdown();
   mac().boot();
   EXPECT_FALSE(isRunning("Slides"));
-}
-
-TEST_F(SimulatorTest, EveryTypeOfInstallerHoldsTheApplication) {
-  const std::string mounted = " >/dev/null && cd /Volumes/Slides";
-  const std::string attach = "hdiutil attach -nobrowse in" + mounted;
-  const std::string convert = "hdiutil convert -quiet in -format UDTO -o in && hdiutil attach in.cdr" + mounted;
-  const std::string install = "installer -pkg Slides.pkg -target / >/dev/null && cd /Applications";
-  const std::string unpack = "tar -xf in";
-  const std::string then = " && ";
-  const std::vector<std::pair<std::string, std::string>> types = {
-      {"pkg", "mv in Slides.pkg" + then + install},
-      {"dmg", attach},
-      {"dmgWithEULA", convert},
-      {"pkgInDMG", attach + then + install},
-      {"pkgInDMGWithEULA", convert + then + install},
-      {"zip", unpack},
-      {"tbz", unpack},
-      {"zipInTBZ", unpack + then + "tar -xf Slides.zip"},
-      {"pkgInZIP", unpack + then + install},
-      {"dmgInZIP", unpack + then + "mv Slides.dmg in" + then + attach},
-      {"dmgWithEULAInZIP", unpack + then + "mv Slides.dmg in" + then + convert},
-  };
-  for (const auto& [type, open] : types) {
-    SCOPED_TRACE(type);
-    fs::create_directory(mac().path("/private/tmp/work"));
-    pack(type, "/private/tmp/work/in");
-    const Outcome opened = mac().shell("cd /private/tmp/work && " + open + " && codesign -dv --verbose=4 Slides.app");
-    EXPECT_THAT(opened.output, HasSubstr("Authority=Developer ID Application: Example Corp (EXMPL12345)\n"));
-    EXPECT_EQ(
-        mac().shell("rm -rf /Applications/*(N) /tmp/work; [[ ! -e /Volumes/Slides ]] || hdiutil detach disk4").status,
-        0);
-  }
 }
 
 }  // namespace

@@ -4,13 +4,9 @@
 
 #include <chrono>
 #include <filesystem>
-#include <optional>
 #include <random>
 
-#include "refserver/sample_data.h"
-#include "refserver/server.h"
-#include "seal/keys.h"
-#include "seal/site_file.h"
+#include "tests/e2e/app_server.h"
 #include "tests/e2e/simulated_mac.h"
 #include "tests/support/temporary_folder.h"
 #include "vorlu/server/blueprint.h"
@@ -24,7 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::readFile;
-using test::TemporaryFolder;
 
 /// Gives a bundle some size.
 void fill(const std::string& bundle, const std::string& version, int files) {
@@ -32,94 +27,29 @@ void fill(const std::string& bundle, const std::string& version, int files) {
     test::writeFile(fmt::format("{}/Contents/Resources/{}", bundle, file), version + std::string(20000, 'x'));
 }
 
-/// The reference server at the address that this build's agent knows.
-class Server {
- public:
-  Server() {
-    const std::string base = "http://127.0.0.1:8642";
-    EXPECT_TRUE(refserver::makeSampleData(folder_.path(), base).ok());
-    refserver::ServerConfig config{folder_.path(), *seal::readSiteFile(VORLU_SITE_FILE),
-                                   std::move(*seal::readServerKeys(VORLU_SITE_KEYS))};
-    config.port = 8642;
-    server_.emplace(std::move(config));
-    const auto port = server_->start();
-    EXPECT_TRUE(port.ok()) << (port.ok() ? "" : port.error());
-  }
-
-  /// Puts an archive of an app on the server and returns its hash.
-  std::string offer(const std::string& name, const std::string& version, const std::string& identifier,
-                    int extraFiles = 0) {
-    TemporaryFolder shelf;
-    const Outcome made =
-        runOnMachine({sourceFile("simulator/make-app"), name, version, identifier, "--out", shelf.path()});
-    EXPECT_EQ(made.status, 0) << made.output;
-    fill(fmt::format("{}/{}.app", shelf.path(), name), version, extraFiles);
-    const Outcome packed = runOnMachine({sourceFile("simulator/make-installer"), "zip",
-                                         fmt::format("{}/files/{}-{}.zip", folder_.path(), name, version),
-                                         fmt::format("{}/{}.app", shelf.path(), name)});
-    EXPECT_EQ(packed.status, 0) << packed.output;
-    return packed.output.substr(packed.output.find_first_of("0123456789abcdef"), 64);
-  }
-
-  void setCatalog(const std::vector<AppBlueprints>& entries) {
-    test::writeFile(folder_ / "/catalog.json", encodeJson(entries, JsonLayout::pretty));
-  }
-
- private:
-  TemporaryFolder folder_;
-  std::optional<refserver::Server> server_;
-};
-
-/// An entry of a zip app; an empty hash asks for the developer's signature.
-AppBlueprints entry(const std::string& name, const std::string& latest, const std::string& hash) {
-  AppBlueprints app;
-  app.appName = name;
-  app.appIdentifier = name + "-id";
-  app.serverName = name + "-server";
-  app.legacyServerName = name + "-legacy";
-  app.latestVersion = latest;
-  app.latestVersionMethod = "CFBundleShortVersionString";
-  app.appType = "appBundle";
-  app.architecture = "universal";
-  app.universalDownloadURL = fmt::format("http://127.0.0.1:8642/files/{}-{}.zip", name, latest);
-  app.downloadFileType = "zip";
-  app.appPath = fmt::format("/Applications/{}.app", name);
-  app.sourceItems = {name + ".app"};
-  app.destinationPath = "/Applications";
-  if (hash.empty()) {
-    app.expectedCodeSignature = "Example Corp (EXMPL12345)";
-  } else {
-    app.verifySignature = false;
-    app.universalInstallerHash = hash;
-  }
-  return app;
+/// Serves a zip of an app and returns its hash.
+std::string offer(AppServer& server, const std::string& name, int extraFiles = 0) {
+  const std::string bundle = server.make(name, "2.0");
+  fill(bundle, "2.0", extraFiles);
+  return server.pack("zip", name + ".zip", {bundle});
 }
 
-std::string versionOf(const std::string& bundle) {
-  const std::string info = readFile(bundle + "/Contents/Info.plist");
-  for (const std::string version : {"1.0", "2.0"})
-    if (info.find("<string>" + version + "<") != std::string::npos) return version;
-  return "none";
+AppBlueprints entry(const std::string& name, const std::string& hash) {
+  return entryOf(name, "2.0", "zip", name + ".zip", hash);
 }
 
-struct UpdateCheck : SimulatedMacTest {
-  static std::vector<std::string> namesIn(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& item : fs::directory_iterator(folder)) names.push_back(item.path().filename());
-    return names;
-  }
-};
+struct UpdateCheck : SimulatedMacTest {};
 
 TEST_F(UpdateCheck, UpdatesWhatIsDueAndTouchesNothingElse) {
-  Server server;
+  AppServer server;
   SimulatedMac mac;
   const char* names[] = {"Slides", "Notes Pro", "Draw", "Mailbox", "Chess"};
   for (const char* name : names)
-    mac.addApplication(name, std::string(name) == "Mailbox" ? "2.0" : "1.0", fmt::format("com.example.{}", name[0]));
+    mac.addApplication(name, std::string(name) == "Mailbox" ? "2.0" : "1.0", fmt::format("com.example.{}", name));
   std::vector<AppBlueprints> catalog;
   for (const char* name : names) {
-    const std::string hash = server.offer(name, "2.0", fmt::format("com.example.{}", name[0]));
-    catalog.push_back(entry(name, "2.0", std::string(name) == "Slides" ? "" : hash));
+    const std::string hash = offer(server, name);
+    catalog.push_back(entry(name, std::string(name) == "Slides" ? "" : hash));
   }
   catalog[2].universalInstallerHash = std::string(64, '0');
   server.setCatalog(catalog);
@@ -157,8 +87,8 @@ TEST_F(UpdateCheck, UpdatesWhatIsDueAndTouchesNothingElse) {
 }
 
 TEST_F(UpdateCheck, CommandLineAsAnotherUserAndAsRoot) {
-  Server server;
-  server.setCatalog({entry("Slides", "2.0", "")});
+  AppServer server;
+  server.setCatalog({entry("Slides", "")});
   SimulatedMac mac;
   mac.boot();
   const auto expectAnswer = [&](const char* user, const char* line, int status, const std::string& end) {
@@ -198,8 +128,8 @@ std::string wholeVersion(const std::string& bundle) {
 }
 
 TEST_F(UpdateCheck, LosesNothingWhenKilledAtAnyMoment) {
-  Server server;
-  server.setCatalog({entry("Slides", "2.0", server.offer("Slides", "2.0", "com.example.slides", 200))});
+  AppServer server;
+  server.setCatalog({entry("Slides", offer(server, "Slides", 200))});
   SimulatedMac mac;
   mac.addApplication("Slides", "1.0", "com.example.slides");
   const std::string bundle = mac.path("/Applications/Slides.app");

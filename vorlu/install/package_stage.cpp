@@ -60,8 +60,9 @@ std::string findPackage(InstallJob& job, const std::string& item) {
 }
 
 FailureOrNothing installNestedPackage(InstallJob& job, const std::string& path, bool first) {
+  const std::string& appPath = job.vorlu.currentApp.appPath;
   const std::string announcement =
-      fmt::format("Verifying signing information for {}...", path.substr(path.rfind('/') + 1));
+      fmt::format("Verifying signing information for {}...", appPath.substr(appPath.rfind('/') + 1));
   if (job.vorlu.currentApp.verifySignature && !isSignedAsExpected(job, path, announcement))
     return InstallFailure::signature;
   tick(job);

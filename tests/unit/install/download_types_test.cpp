@@ -194,6 +194,9 @@ TEST_F(DownloadTypes, ConvertedImageIsMountedThreeTimesAtMost) {
       ElementsAre("Please ensure disk image mounting is not restricted and try again", "Extracting Slides-v2.0.dmg...",
                   "Error: Could not mount disk image for Slides. The update could not be processed",
                   "Removing downloads...", "Allowing idle sleep..."));
+  EXPECT_EQ(vorlu.progress.cancelText,
+            "The Slides install was cancelled because the disk image could not be mounted. Please ensure disk images "
+            "are allowed and try again");
   EXPECT_EQ(installedVersion("Slides"), "1.0");
 }
 
