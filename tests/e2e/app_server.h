@@ -28,6 +28,8 @@ class AppServer {
 
   void setCatalog(const std::vector<AppBlueprints>& entries);
 
+  const std::string& dataFolder() const { return folder_.path(); }
+
   static std::string urlOf(const std::string& file);
 
  private:

@@ -2,8 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "refserver/sample_data.h"
-#include "refserver/server.h"
+#include "tests/e2e/app_server.h"
 #include "tests/e2e/simulated_mac.h"
 #include "vorlu/reporting/encrypt_report.h"
 #include "vorlu/reporting/report_data.h"
@@ -19,9 +18,6 @@ using test::TemporaryFolder;
 using test::writeFile;
 using testing::EndsWith;
 
-const char* catalog = R"([{"appName": "Diä “Show” 日本", "appIdentifier": "slides", "latestVersion": "2.0",
-  "latestVersionMethod": "CFBundleShortVersionString", "appType": "appBundle", "architecture": "universal",
-  "appPath": "/Applications/Slides.app"}])";
 const char* preferences = R"(<plist version="1.0"><dict><key>GeneralOptions</key><dict>
   <key>publicKey</key><string>{}</string><key>autoUpdate</key><false/></dict></dict></plist>)";
 const char* runData = R"(<plist version="1.0"><dict><key>LastRun</key><integer>1772452800</integer>
@@ -37,7 +33,7 @@ const char* expected = R"({"ComputerRecord": {"customerName": "Example", "serial
   "lastPrompt": "Mar 02 2026 12:00:00 +0000", "nextPrompt": "Mar 09 2026 12:00:00 +0000",
   "lastRunStatus": "Updates pending", "deferralsAllowed": true, "deferralLimit": "2", "deferralsRemaining": "1",
   "lastCompliant": "Jan 02 2026 03:04:05 +0000", "AppInventory": [{"appName": "Diä “Show” 日本",
-  "appIdentifier": "slides", "installedPath": "/Applications/Slides.app", "installedVersion": "1.0",
+  "appIdentifier": "Slides-id", "installedPath": "/Applications/Slides.app", "installedVersion": "1.0",
   "updateCached": false, "updatesAllowed": true}],
   "ErrorLog": [{"timeStamp": "then", "errorMessage": "Error: \"quoted\" \u0001 ü"}],
   "WarningLog": [{"timeStamp": "now", "warningMessage": "Warning: null, N/A"}]}})";
@@ -61,12 +57,10 @@ std::string openedByOpenssl(const std::string& folder, const EncryptedJson& seal
 
 TEST_F(Report, TheOwnerReadsWhatTheMacIs) {
   const TemporaryFolder folder;
-  ASSERT_TRUE(refserver::makeSampleData(folder.path(), "http://127.0.0.1:8642").ok());
-  writeFile(folder / "/catalog.json", catalog);
-  refserver::Server running({folder.path(), *seal::readSiteFile(VORLU_SITE_FILE),
-                             std::move(*seal::readServerKeys(VORLU_SITE_KEYS)), refserver::systemSeconds, "127.0.0.1",
-                             8642});
-  ASSERT_TRUE(running.start().ok());
+  AppServer shelf;
+  AppBlueprints app = entryOf("Slides", "2.0", "zip", "absent.zip", "");
+  app.appName = "Diä “Show” 日本";
+  shelf.setCatalog({app});
   const std::string key = folder / "/private.pem";
   const std::string publicKey = server("keygen --out " + key).output;
   SimulatedMac mac;
@@ -89,9 +83,9 @@ TEST_F(Report, TheOwnerReadsWhatTheMacIs) {
   EXPECT_NE(readFile(folder / "/aes"), secondKey);
   EXPECT_NE(sent[0].iv_hex, sent[1].iv_hex);
 
-  const std::string listed = server("report list --data " + folder.path()).output;
+  const std::string listed = server("report list --data " + shelf.dataFolder()).output;
   const std::string id = listed.substr(listed.find('\n') + 1, 12);
-  const Outcome shown = server(fmt::format("report show {} --key {} --data {}", id, key, folder.path()));
+  const Outcome shown = server(fmt::format("report show {} --key {} --data {}", id, key, shelf.dataFolder()));
   auto report = decodeJson<ReportData>(shown.output);
   ASSERT_TRUE(report) << shown.output;
   EXPECT_THAT(report->ComputerRecord->lastCheckin.value(), testing::ContainsRegex("^[A-Z][a-z]+ [0-9: ]+ [+]0000$"));
@@ -99,7 +93,7 @@ TEST_F(Report, TheOwnerReadsWhatTheMacIs) {
   EXPECT_EQ(encodeJson(*report, JsonLayout::pretty), encodeJson(*decodeJson<ReportData>(expected), JsonLayout::pretty));
 
   server("keygen --out " + key + ".other");
-  EXPECT_EQ(server(fmt::format("report show {} --key {}.other --data {}", id, key, folder.path())).output,
+  EXPECT_EQ(server(fmt::format("report show {} --key {}.other --data {}", id, key, shelf.dataFolder())).output,
             "vorlu-server: the report isn't for this key, or its wrapped AES key is damaged\n");
 }
 

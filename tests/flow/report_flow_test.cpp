@@ -91,16 +91,16 @@ TEST_F(ReportFlow, WithoutAUsableKeyNothingIsSentOrWritten) {
 TEST_F(ReportFlow, RecurringRunReportsAfterWorkOrWhenItIsDue) {
   mac.write(paths::jamf, "");
   mac.processes.on("zsh: /usr/local/jamf/bin/jamf recon", {});
-  const std::pair<RecurringRun, Lines> cases[] = {
-      {{true, false, 5009}, {success, "Running Jamf Pro inventory update..."}},
-      {{false, true, 5009}, {success, "Running Jamf Pro inventory update..."}},
-      {{false, false, 4999}, {success}},
-      {{false, false, 5000}, {}}};
-  for (const auto& [run, lines] : cases) {
+  const Lines both = {success, "Running Jamf Pro inventory update..."};
+  const std::tuple<bool, bool, std::int64_t, Lines> cases[] = {
+      {true, false, 5009, both}, {false, true, 5009, both}, {false, false, 4999, {success}}, {false, false, 5000, {}}};
+  for (const auto& [hourlyCheckRan, updatesRan, reportDue, lines] : cases) {
     Vorlu& vorlu = newRunWithKeys();
     vorlu.runData.now = 5000;
-    reportStep(vorlu, run);
-    EXPECT_EQ(lastOf(logged(), lines.size()), lines) << run.reportDue;
+    vorlu.updates.hourlyCheckRan = hourlyCheckRan;
+    vorlu.updates.updatesRan = updatesRan;
+    reportStep(vorlu, reportDue);
+    EXPECT_EQ(lastOf(logged(), lines.size()), lines) << reportDue;
   }
   EXPECT_TRUE(logged().empty()) << "nothing was due";
 }

@@ -77,7 +77,9 @@ void updateCheckFlow(Vorlu& vorlu, bool hourly) {
   noteCompliance(vorlu, pass);
   checkForUpdates(vorlu, "", true);
   vorlu.modes.runStage = "N/A";
-  if (hourly) updateRunData(vorlu, RunDataSelector::nextUpdateAttempt);
+  if (!hourly) return;
+  vorlu.updates.hourlyCheckRan = true;
+  updateRunData(vorlu, RunDataSelector::nextUpdateAttempt);
 }
 
 }  // namespace vorlu

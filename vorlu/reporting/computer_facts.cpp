@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "vorlu/detection/catalog_script.h"
-#include "vorlu/install/shell_line.h"
-#include "vorlu/install/tool.h"
+#include "vorlu/state/shell_line.h"
+#include "vorlu/state/tool.h"
 
 namespace vorlu {
 namespace {

@@ -119,11 +119,11 @@ void buildAndSubmitReport(Vorlu& vorlu) {
   if (vorlu.modes.reportMode) setCurrentRunType(vorlu, "N/A");
 }
 
-void reportStep(Vorlu& vorlu, const RecurringRun& run) {
-  if (run.hourlyRan || run.updatesRan) {
+void reportStep(Vorlu& vorlu, std::int64_t reportDue) {
+  if (vorlu.updates.hourlyCheckRan || vorlu.updates.updatesRan) {
     buildAndSubmitReport(vorlu);
     runJamfInventory(vorlu);
-  } else if (run.reportDue < vorlu.runData.now) {
+  } else if (reportDue < vorlu.runData.now) {
     buildAndSubmitReport(vorlu);
   }
 }

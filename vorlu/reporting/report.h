@@ -17,14 +17,8 @@ ReportData collectReport(Vorlu& vorlu);
 /// Collects and submits the report. Whatever becomes of it, LastReport is stamped: the next one waits an hour.
 void buildAndSubmitReport(Vorlu& vorlu);
 
-/// What the recurring run has to tell at its end.
-struct RecurringRun {
-  bool hourlyRan = false;      ///< the hourly check ran
-  bool updatesRan = false;     ///< the scheduled flow got as far as installing
-  std::int64_t reportDue = 0;  ///< seconds since the epoch: LastReport, as the run found it, and the interval
-};
-
-/// The report of the recurring run. After work Jamf Pro's inventory follows it; without, it waits until it is due.
-void reportStep(Vorlu& vorlu, const RecurringRun& run);
+/// The report of the recurring run. After an hourly check or updates Jamf Pro's inventory follows it; else it waits until
+/// `reportDue` has passed: LastReport as the run found it at its start, and the interval.
+void reportStep(Vorlu& vorlu, std::int64_t reportDue);
 
 }  // namespace vorlu
