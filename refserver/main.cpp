@@ -39,6 +39,11 @@ Status init(const Options& options) {
   return makeSampleData(options.initFolder, (*site)[SiteText::serverDataURL]);
 }
 
+Status renew(const Options& options) {
+  const ClockFunction clock = options.clockFile.empty() ? systemSeconds : hostClock(options.clockFile);
+  return renewTimestamp(options.renewFolder, clock());
+}
+
 Result<ServerConfig> configure(const Options& options) {
   auto site = seal::readSiteFile(options.siteFile);
   if (!site) return site.failure();
@@ -89,7 +94,9 @@ int main(int argc, char** argv) {
       fmt::print(stderr, "vorlu-server: {}\n{}\n{}\n", options.error(), usage, ownerUsage);
       return 2;
     }
-    const Status status = options->initFolder.empty() ? serve(*options) : init(*options);
+    const Status status = !options->initFolder.empty()    ? init(*options)
+                          : !options->renewFolder.empty() ? renew(*options)
+                                                          : serve(*options);
     if (status) return 0;
     fmt::print(stderr, "vorlu-server: {}\n", status.error());
   } catch (const std::exception& error) {

@@ -36,6 +36,7 @@ Result<Options> parseOptions(const std::vector<std::string>& arguments) {
   std::string port = std::to_string(options.port);
   const Status read = readOptions(arguments, {{"--data", &options.dataFolder},
                                               {"--init", &options.initFolder},
+                                              {"--renew", &options.renewFolder},
                                               {"--site", &options.siteFile},
                                               {"--keys", &options.keyFolder},
                                               {"--clock", &options.clockFile},
@@ -45,7 +46,8 @@ Result<Options> parseOptions(const std::vector<std::string>& arguments) {
   const auto parsedPort = parsePort(port);
   if (!parsedPort) return parsedPort.failure();
   options.port = *parsedPort;
-  if (options.dataFolder.empty() == options.initFolder.empty()) return Failure{"either --data or --init is needed"};
+  const int jobs = !options.dataFolder.empty() + !options.initFolder.empty() + !options.renewFolder.empty();
+  if (jobs != 1) return Failure{"one of --data, --init and --renew is needed"};
   if (options.keyFolder.empty()) options.keyFolder = seal::defaultKeyFolder(options.siteFile);
   return options;
 }

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <ctime>
+#include <filesystem>
 
 #include "refserver/data_folder.h"
 #include "refserver/options.h"
@@ -33,6 +34,7 @@ OwnerOutcome failed(const std::string& why) {
 OwnerOutcome listReports(const Arguments& arguments) {
   std::string data = ".";
   if (Status read = readOptions(arguments, {{"--data", &data}}); !read) return misused(read.error());
+  if (!std::filesystem::is_directory(data)) return failed(fmt::format("{} is no folder", data));
   const auto reports = ReportStore(DataFolder::reports(data)).list();
   if (!reports) return failed(reports.error());
   std::string lines;

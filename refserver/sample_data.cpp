@@ -19,8 +19,10 @@ constexpr std::size_t tokenBytes = 24;
 
 std::string sampleInventory(const std::string& baseUrl) {
   auto records = nlohmann::ordered_json::array();
-  const std::pair<const char*, const char*> services[] = {
-      {liveLabel, "/catalog/live"}, {testingLabel, "/catalog/testing"}, {manifestLabel, "/manifest"}, {reportsLabel, "/reports"}};
+  const std::pair<const char*, const char*> services[] = {{liveLabel, "/catalog/live"},
+                                                          {testingLabel, "/catalog/testing"},
+                                                          {manifestLabel, "/manifest"},
+                                                          {reportsLabel, "/reports"}};
   for (const auto& [label, path] : services) {
     records.push_back({{"label", label}, {"url", baseUrl + path}, {"token", hexEncode(seal::randomBytes(tokenBytes))}});
   }
@@ -49,6 +51,11 @@ Status makeSampleData(const std::string& folder, const std::string& baseUrl) {
     if (!status) return status;
   }
   return success();
+}
+
+Status renewTimestamp(const std::string& folder, double now) {
+  return seal::replaceFile(folder + "/" + DataFolder::timestampFile,
+                           fmt::format("{{\"timestamp\": {}}}\n", static_cast<std::int64_t>(now)), 0644);
 }
 
 }  // namespace vorlu::refserver

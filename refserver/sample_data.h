@@ -10,4 +10,8 @@ namespace vorlu::refserver {
 /// manifest, the time stamp 1 and `files/`. Files that are there already stay as they are.
 Status makeSampleData(const std::string& folder, const std::string& baseUrl);
 
+/// Makes `now` (seconds since the epoch) the time of the last certificate change: agents that fetched their key
+/// material before fetch it anew.
+Status renewTimestamp(const std::string& folder, double now);
+
 }  // namespace vorlu::refserver

@@ -24,7 +24,8 @@ struct Vorlu {
         site(theSite),
         log(thePlatform, modes.runStage),
         preferences(thePlatform, log),
-        runData(thePlatform.files) {}
+        runData(thePlatform.files),
+        startedAt(thePlatform.clock.now()) {}
   Vorlu(const Vorlu&) = delete;
   Vorlu& operator=(const Vorlu&) = delete;
 
@@ -34,6 +35,7 @@ struct Vorlu {
   Log log;
   Preferences preferences;
   RunData runData;
+  const Seconds startedAt;  ///< when this run began
   KeyMaterial keys;
   Catalog catalog;
   CurrentApp currentApp;

@@ -67,7 +67,7 @@ double secondsSinceBoot() {
 }
 
 // Fields of /proc/PID/stat from the state on; the name before may hold blanks and brackets.
-bool readStat(const std::string& folder, Process& process, std::string& kernelName) {
+bool readStat(const std::string& folder, double now, Process& process, std::string& kernelName) {
   const std::string text = readFile(folder + "/stat");
   const std::size_t open = text.find('(');
   const std::size_t close = text.rfind(')');
@@ -82,19 +82,17 @@ bool readStat(const std::string& folder, Process& process, std::string& kernelNa
   process.parent = static_cast<pid_t>(number(1));
   process.group = static_cast<pid_t>(number(2));
   process.cpuTime = (number(11) + number(12)) / ticks;
-  process.age = std::max(0.0, secondsSinceBoot() - number(19) / ticks);
+  process.age = std::max(0.0, now - number(19) / ticks);
   process.residentKilobytes = static_cast<long>(number(21)) * (sysconf(_SC_PAGESIZE) / 1024);
   return true;
 }
 
-}  // namespace
-
-std::optional<Process> findProcess(pid_t pid) {
+std::optional<Process> processAt(pid_t pid, double now) {
   const std::string folder = fmt::format("/proc/{}", pid);
   struct stat owner = {};
   Process process;
   std::string kernelName;
-  if (stat(folder.c_str(), &owner) != 0 || !readStat(folder, process, kernelName)) return std::nullopt;
+  if (stat(folder.c_str(), &owner) != 0 || !readStat(folder, now, process, kernelName)) return std::nullopt;
   if (process.state == 'Z' || process.state == 'X') return std::nullopt;
   process.pid = pid;
   process.user = owner.st_uid;
@@ -102,6 +100,12 @@ std::optional<Process> findProcess(pid_t pid) {
   process.program = startedProgram(kernelName, process.arguments, executable(folder));
   process.name = baseName(process.program);
   return process;
+}
+
+}  // namespace
+
+std::optional<Process> findProcess(pid_t pid) {
+  return processAt(pid, secondsSinceBoot());
 }
 
 std::vector<Process> allProcesses() {
@@ -113,8 +117,9 @@ std::vector<Process> allProcesses() {
   }
   std::sort(ids.begin(), ids.end());
   std::vector<Process> processes;
+  const double now = secondsSinceBoot();
   for (const pid_t id : ids) {
-    if (auto process = findProcess(id)) processes.push_back(std::move(*process));
+    if (auto process = processAt(id, now)) processes.push_back(std::move(*process));
   }
   return processes;
 }

@@ -24,7 +24,7 @@ struct Process {
   long residentKilobytes = 0;
 };
 
-/// All processes, by rising id.
+/// All processes, by rising id, with ages of one moment: of two, the one that was started first is never younger.
 std::vector<Process> allProcesses();
 std::optional<Process> findProcess(pid_t pid);
 

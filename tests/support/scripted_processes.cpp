@@ -85,23 +85,47 @@ Answer ScriptedProcesses::answerFor(const std::string& line) {
   return answer;
 }
 
+/// Nothing when the command is a scripted one.
+std::optional<ProcessResult> ScriptedProcesses::runForReal(const Command& command) {
+  std::unique_lock lock(mutex_);
+  const auto real = real_.find(command.program);
+  if (real == real_.end()) return std::nullopt;
+  lock.unlock();
+  Command hostCommand = command;
+  hostCommand.program = real->second.hostProgram;
+  for (std::string& argument : hostCommand.arguments)
+    if (argument.starts_with(real->second.agentPath)) argument.insert(0, real->second.root);
+  return LinuxProcesses().run(hostCommand);
+}
+
 ProcessResult ScriptedProcesses::run(const Command& command) {
+  return start(command)->wait();
+}
+
+std::unique_ptr<RunningProcess> ScriptedProcesses::start(const Command& command) {
+  struct Scripted : RunningProcess {
+    ProcessResult result;
+    std::function<bool()> stillRunning;
+    bool isRunning() override { return stillRunning && stillRunning(); }
+    ProcessResult wait() override { return result; }
+  };
+  auto process = std::make_unique<Scripted>();
   const std::string line = commandLine(command);
   std::unique_lock lock(mutex_);
   commands_.push_back(line);
-  const auto real = real_.find(command.program);
-  if (real != real_.end()) {
-    lock.unlock();
-    Command hostCommand = command;
-    hostCommand.program = real->second.hostProgram;
-    for (std::string& argument : hostCommand.arguments)
-      if (argument.starts_with(real->second.agentPath)) argument.insert(0, real->second.root);
-    return LinuxProcesses().run(hostCommand);
+  lock.unlock();
+  if (auto result = runForReal(command)) {
+    process->result = std::move(*result);
+    return process;
   }
-  const Answer answer = answerFor(line);
+  lock.lock();
+  Answer answer = answerFor(line);
   lock.unlock();
   if (answer.effect) answer.effect(command);
-  return resultOf(answer, command);
+  if (answer.print) answer.output = answer.print(command);
+  process->result = resultOf(answer, command);
+  process->stillRunning = answer.stillRunning;
+  return process;
 }
 
 std::optional<pid_t> ScriptedProcesses::launch(const Command& command) {
@@ -120,7 +144,19 @@ std::optional<pid_t> ScriptedProcesses::launch(const Command& command) {
 bool ScriptedProcesses::signal(pid_t pid, int signal) {
   const std::scoped_lock lock(mutex_);
   commands_.push_back(fmt::format("kill -{} {}", signal, pid));
-  return signal == 0 ? alive_.contains(pid) : alive_.erase(pid) > 0;
+  const bool ends = signal == 9 || (signal != 0 && !stubborn_.contains(pid));
+  return ends ? alive_.erase(pid) > 0 : alive_.contains(pid);
+}
+
+void ScriptedProcesses::addProcess(pid_t pid, bool stubborn) {
+  const std::scoped_lock lock(mutex_);
+  alive_.insert(pid);
+  if (stubborn) stubborn_.insert(pid);
+}
+
+void ScriptedProcesses::endProcess(pid_t pid) {
+  const std::scoped_lock lock(mutex_);
+  alive_.erase(pid);
 }
 
 bool ScriptedProcesses::isAlive(pid_t pid) {

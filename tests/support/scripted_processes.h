@@ -23,10 +23,12 @@ Command commandOf(std::string program, std::vector<std::string> arguments = {});
 struct Answer {
   std::string output = {};
   int status = 0;
-  std::function<void(const Command&)> effect = {};  ///< runs before the output is handed over
-  std::vector<std::string> pieces = {};             ///< output in these pieces instead, for streamed reading
-  bool timedOut = false;                            ///< the run was killed by signal 9
-  bool starts = true;                               ///< false: the program can't be started
+  std::function<void(const Command&)> effect = {};        ///< runs before the output is handed over
+  std::vector<std::string> pieces = {};                   ///< output in these pieces instead, for streamed reading
+  bool timedOut = false;                                  ///< the run was killed by signal 9
+  bool starts = true;                                     ///< false: the program can't be started
+  std::function<bool()> stillRunning = {};                ///< asked of a started program that is waited for later
+  std::function<std::string(const Command&)> print = {};  ///< makes the output at the moment of the run
 };
 
 /// Child processes that only follow a script. Every command is noted; one without an answer is a test failure. Answers
@@ -35,6 +37,8 @@ struct Answer {
 class ScriptedProcesses : public Processes {
  public:
   ProcessResult run(const Command& command) override;
+  /// Noted as what `run` notes, which it does at once.
+  std::unique_ptr<RunningProcess> start(const Command& command) override;
   /// Noted as "{line} &". A launched process is alive until it is signalled or ended.
   std::optional<pid_t> launch(const Command& command) override;
   /// Noted as "kill -{signal} {pid}". Any signal but 0 ends the process.
@@ -53,6 +57,9 @@ class ScriptedProcesses : public Processes {
 
   /// Everything that ran, was launched or signalled since the last question, in order.
   std::vector<std::string> takeCommands();
+  /// A process that nobody here launched. It ends like a launched one; a stubborn one only by signal 9.
+  void addProcess(pid_t pid, bool stubborn = false);
+  void endProcess(pid_t pid);
   void setUserName(std::string name) { userName_ = std::move(name); }
 
  private:
@@ -61,6 +68,7 @@ class ScriptedProcesses : public Processes {
     std::string hostProgram, agentPath, root;
   };
 
+  std::optional<ProcessResult> runForReal(const Command& command);
   Answer answerFor(const std::string& line);
 
   std::mutex mutex_;
@@ -69,6 +77,7 @@ class ScriptedProcesses : public Processes {
   std::map<std::string, Answers> prefixes_;
   std::map<std::string, RealProgram> real_;
   std::set<pid_t> alive_;
+  std::set<pid_t> stubborn_;
   pid_t nextPid_ = 5001;
   std::string userName_ = "root";
 };

@@ -9,12 +9,17 @@
 
 #include "vorlu/cli/command_option.h"
 #include "vorlu/cli/console_io.h"
+#include "vorlu/cli/first_install.h"
 #include "vorlu/cli/initialise_run.h"
 #include "vorlu/detection/find_app.h"
 #include "vorlu/detection/update_check.h"
+#include "vorlu/install/component_update.h"
+#include "vorlu/install/install_command.h"
+#include "vorlu/install/self_update.h"
 #include "vorlu/policy/update_check_flow.h"
 #include "vorlu/reporting/report.h"
 #include "vorlu/server/key_material.h"
+#include "vorlu/server/signed_request.h"
 #include "vorlu/state/agent_version.h"
 #include "vorlu/state/end_run.h"
 #include "vorlu/vorlu.h"
@@ -63,22 +68,38 @@ std::string lowered(std::string text) {
   return text;
 }
 
-void installApp(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-i", "--install"});
+void installOnRequest(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier = requireSubArgument(vorlu, arguments, {"-i", "--install"});
+  vorlu.modes.requestedApp = identifier;
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "--install");
+  vorlu.modes.installMode = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  initialiseRun(vorlu, {});
+  installApp(vorlu, identifier, false);
 }
 
-void installAppWithProgress(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-ip", "--installProgress", "--installprogress"});
+void installWithProgress(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier =
+      requireSubArgument(vorlu, arguments, {"-ip", "--installProgress", "--installprogress"});
+  vorlu.modes.requestedApp = identifier;
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "--installProgress");
+  vorlu.modes.installProgressMode = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  vorlu.log("Show progress flag specified", silent);
+  initialiseRun(vorlu, {.showProgress = true});
+  installApp(vorlu, identifier, true);
 }
 
-void installAppFromTestingCatalog(Vorlu& vorlu, const Arguments& arguments) {
-  requireSubArgument(vorlu, arguments, {"-it"});
+void installFromTestingCatalog(Vorlu& vorlu, const Arguments& arguments) {
+  const std::string& identifier = requireSubArgument(vorlu, arguments, {"-it"});
+  vorlu.modes.requestedApp = identifier;
   requireRoot(vorlu, rootForInstalls);
-  endWithoutFlow(vorlu, "-it");
+  vorlu.modes.installMode = true;
+  vorlu.modes.testingBlueprints = true;
+  vorlu.modes.testInstall = true;
+  vorlu.log("Initialising the Application install mechanism...");
+  initialiseRun(vorlu, {});
+  installApp(vorlu, identifier, false);
 }
 
 void checkIdentifier(Vorlu& vorlu, const Arguments& arguments) {
@@ -111,7 +132,8 @@ void sendReport(Vorlu& vorlu, const Arguments& arguments) {
 
 void initialiseInstallation(Vorlu& vorlu) {
   requireRoot(vorlu, "Vorlu must be run as root");
-  endWithoutFlow(vorlu, "--init");
+  firstInstallInitialise(vorlu);
+  endRun(vorlu, 0);
 }
 
 void deleteKeys(Vorlu& vorlu) {
@@ -139,6 +161,20 @@ void checkForNewUpdates(Vorlu& vorlu) {
   endRun(vorlu, 0);
 }
 
+void updateAgent(Vorlu& vorlu) {
+  vorlu.modes.updateMode = true;
+  if (vorlu.preferences.general().autoUpdate) {
+    fetchServerData(vorlu);
+    selfUpdate(vorlu);
+    updateComponents(vorlu, true);
+  } else {
+    vorlu.platform.console.print(
+        "Vorlu self updates are not allowed. Contact your administrator and ask for Self Updates to be enabled and try "
+        "again");
+  }
+  endRun(vorlu, 0);
+}
+
 void update(Vorlu& vorlu, const Arguments& arguments) {
   const std::string& subArgument = requireSubArgument(vorlu, arguments, {"-u", "--update"});
   static constexpr std::array forms = {"-force",      "force", "prompt", "testprompt", "timerprompt",
@@ -154,6 +190,7 @@ void update(Vorlu& vorlu, const Arguments& arguments) {
     checkForNewUpdates(vorlu);
     return;
   }
+  if (form == "self") return updateAgent(vorlu);
   endWithoutFlow(vorlu, fmt::format("--update {}", form));
 }
 
@@ -169,11 +206,11 @@ void dispatchCommand(Vorlu& vorlu, const Arguments& arguments) {
       vorlu.platform.console.print(fmt::format("Vorlu Version: {}", agentVersion));
       exitProcess(0);
     case CommandOption::install:
-      return installApp(vorlu, arguments);
+      return installOnRequest(vorlu, arguments);
     case CommandOption::installProgress:
-      return installAppWithProgress(vorlu, arguments);
+      return installWithProgress(vorlu, arguments);
     case CommandOption::installTest:
-      return installAppFromTestingCatalog(vorlu, arguments);
+      return installFromTestingCatalog(vorlu, arguments);
     case CommandOption::check:
       return checkIdentifier(vorlu, arguments);
     case CommandOption::report:

@@ -6,14 +6,18 @@
 #include <string>
 
 #include "vorlu/cli/coordination.h"
+#include "vorlu/cli/key_material_pass.h"
 #include "vorlu/cli/old_installations.h"
 #include "vorlu/detection/version.h"
-#include "vorlu/server/key_material.h"
+#include "vorlu/install/component_update.h"
+#include "vorlu/prompts/error_prompt.h"
 #include "vorlu/server/reachability.h"
 #include "vorlu/server/signed_request.h"
 #include "vorlu/state/dialog_command.h"
 #include "vorlu/state/end_run.h"
 #include "vorlu/state/paths.h"
+#include "vorlu/state/property_list.h"
+#include "vorlu/state/receipts.h"
 #include "vorlu/state/run_type.h"
 #include "vorlu/state/work_directories.h"
 #include "vorlu/vorlu.h"
@@ -30,42 +34,41 @@ void closeProgressPrompt(Vorlu& vorlu) {
   vorlu.platform.clock.sleep(seconds(1));
 }
 
-/// Closes the progress window, runs the inventory and ends the run.
-[[noreturn]] void stop(Vorlu& vorlu, const StartUp& startUp) {
-  if (startUp.forcedPrompts || startUp.showProgress) closeProgressPrompt(vorlu);
-  runJamfInventory(vorlu);
-  endRun(vorlu, 1);
+/// Whether the watch receipt tells of a window that this process has opened.
+bool ownsProgressPrompt(Vorlu& vorlu) {
+  const Result<std::string> bytes = vorlu.platform.files.read(paths::watchReceipt);
+  const auto receipt = bytes ? decodePropertyList<WatchReceiptData>(*bytes) : bytes.failure();
+  return receipt && receipt->parentPID == std::to_string(vorlu.platform.processes.ownPid());
 }
 
-void obtainKeyMaterial(Vorlu& vorlu) {
-  if (hasKeyMaterial(vorlu)) return;
-  vorlu.log("Keychain data required for Vorlu initialisation was not found. Obtaining data...");
-  populateKeychain(vorlu, true);
-  if (!vorlu.keys.keychainWriteFailed) updateRunData(vorlu, RunDataSelector::secretsTimestamp);
-  if (!hasKeyMaterial(vorlu)) {
-    vorlu.log("Error: Keychain data required for Vorlu initialisation could not be obtained");
-  }
+ErrorFlavour flavourOf(const StartUp& startUp) {
+  if (startUp.forcedPrompts) return ErrorFlavour::update;
+  return startUp.showProgress ? ErrorFlavour::install : ErrorFlavour::none;
+}
+
+/// Closes the progress window, shows the error prompt and runs the inventory: what comes before the end of a run that
+/// can't start. An empty code shows no prompt.
+void tellOfStop(Vorlu& vorlu, const StartUp& startUp, std::string_view code) {
+  if (startUp.forcedPrompts || (startUp.showProgress && ownsProgressPrompt(vorlu))) closeProgressPrompt(vorlu);
+  if (!code.empty()) showErrorPrompt(vorlu, flavourOf(startUp), code);
+  runJamfInventory(vorlu);
+}
+
+[[noreturn]] void stop(Vorlu& vorlu, const StartUp& startUp, std::string_view code) {
+  tellOfStop(vorlu, startUp, code);
+  endRun(vorlu, 1);
 }
 
 void keepCertificatesFresh(Vorlu& vorlu, const StartUp& startUp) {
   if (!checkInternetConnection(vorlu)) return;
-  if (refreshCertificates(vorlu) == CertificateRefresh::failed) stop(vorlu, startUp);
-}
-
-void requireKeychainItems(Vorlu& vorlu, const StartUp& startUp) {
-  for (const KeychainEntry& entry : keychainEntries) {
-    if (hasKeychainItem(vorlu, entry)) continue;
-    vorlu.log(entry.missing);
-    populateKeychain(vorlu, true);
-    if (vorlu.keys.keychainWriteFailed) stop(vorlu, startUp);
-  }
+  if (refreshCertificates(vorlu) == CertificateRefresh::failed) stop(vorlu, startUp, "001");
 }
 
 void requireSupportedSystem(Vorlu& vorlu, const StartUp& startUp) {
   if (compareVersions(vorlu.platform.device.osVersion(), minimumSystem) >= 0) return;
   vorlu.log("Error: This version of Vorlu requires at least macOS 11");
   vorlu.log.logForJamf("Error: Unsupported macOS version detected. Vorlu requires at least macOS 11");
-  stop(vorlu, startUp);
+  stop(vorlu, startUp, "004");
 }
 
 void requireInternet(Vorlu& vorlu, const StartUp& startUp) {
@@ -81,24 +84,22 @@ void requireInternet(Vorlu& vorlu, const StartUp& startUp) {
       "again";
   vorlu.log(text);
   vorlu.log.logForJamf(text);
+  if (startUp.showProgress) showErrorPrompt(vorlu, flavourOf(startUp), "005");
   vorlu.log("Exiting...");
   endRun(vorlu, 1);
-}
-
-bool componentsInstalled(FileManager& files) {
-  return files.exists(paths::dialogBundle) && files.exists(paths::dialogProgram) &&
-         files.exists(paths::promptComponentReceipt);
 }
 
 void requireComponents(Vorlu& vorlu, const StartUp& startUp) {
   if (componentsInstalled(vorlu.platform.files)) return;
   fetchServerData(vorlu);
   vorlu.log("One or more components required by Vorlu were not found");
+  updateComponents(vorlu, false);
+  if (componentsInstalled(vorlu.platform.files)) return;
   vorlu.log.logForJamf(
       fmt::format("Error: Vorlu requires components which could not be installed. Please check the network connection "
                   "and try again. For support, contact {}",
                   vorlu.site.supportContact()));
-  stop(vorlu, startUp);
+  stop(vorlu, startUp, "010");
 }
 
 /// Run data that can't be decoded would make every update of it fail: it is kept under another name.
@@ -119,9 +120,13 @@ void replaceCorruptRunData(Vorlu& vorlu) {
       fmt::format("Warning: The run data plist could not be decoded and was moved to {} - {}", aside, file.error()));
 }
 
-void requireState(Vorlu& vorlu) {
+void requireState(Vorlu& vorlu, const StartUp& startUp) {
   replaceCorruptRunData(vorlu);
-  ensureRunData(vorlu);
+  const std::optional<std::string> missing = createRunData(vorlu);
+  if (!missing) return;
+  vorlu.log.logForJamf(*missing);
+  tellOfStop(vorlu, startUp, "010");
+  endRunWithoutRunData(vorlu, 1);
 }
 
 std::string noApplicationData(Vorlu& vorlu) {
@@ -134,7 +139,7 @@ void requireCatalogSource(Vorlu& vorlu, const StartUp& startUp) {
   checkServerReachable(vorlu);
   if (!vorlu.catalog.offlineMode || vorlu.platform.files.exists(paths::offlineData)) return;
   vorlu.log(noApplicationData(vorlu));
-  stop(vorlu, startUp);
+  stop(vorlu, startUp, "");
 }
 
 /// Only root can read the key material and the state; nothing is written or fetched for another user.
@@ -155,12 +160,12 @@ void initialiseRun(Vorlu& vorlu, const StartUp& startUp) {
   keepCertificatesFresh(vorlu, startUp);
   if (startUp.validateOnly) return requireCatalogSource(vorlu, startUp);
 
-  requireKeychainItems(vorlu, startUp);
-  if (coordinateInstances(vorlu) == Coordination::searchFailed) stop(vorlu, startUp);
+  if (!requireKeychainItems(vorlu)) stop(vorlu, startUp, "002");
+  if (coordinateInstances(vorlu) == Coordination::failed) stop(vorlu, startUp, "003");
   requireSupportedSystem(vorlu, startUp);
   requireInternet(vorlu, startUp);
   requireComponents(vorlu, startUp);
-  requireState(vorlu);
+  requireState(vorlu, startUp);
   if (startUp.forcedPrompts) closeProgressPrompt(vorlu);
   vorlu.modes.runStage = "Updates";
 }

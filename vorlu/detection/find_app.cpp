@@ -28,11 +28,6 @@ void loadCatalog(Vorlu& vorlu, CatalogSource source) {
   }
 }
 
-bool isNamedBy(const AppBlueprints& entry, std::string_view searchText) {
-  return entry.appName == searchText || entry.appIdentifier == searchText || entry.serverName == searchText ||
-         entry.legacyServerName == searchText;
-}
-
 /// Last path component without ".app".
 std::string nameOfItem(std::string_view path) {
   while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
@@ -63,7 +58,13 @@ void locateCurrentApp(Vorlu& vorlu, const AppBlueprints& entry) {
 
 }  // namespace
 
+bool isNamedBy(const AppBlueprints& entry, std::string_view searchText) {
+  return entry.appName == searchText || entry.appIdentifier == searchText || entry.serverName == searchText ||
+         entry.legacyServerName == searchText;
+}
+
 const AppBlueprints* matchApp(Vorlu& vorlu, std::string_view searchText) {
+  if (searchText.empty()) return nullptr;  // it would match every key that the catalog leaves empty
   const AppBlueprints* last = nullptr;
   for (const AppBlueprints& entry : vorlu.catalog.entries) {
     if (!isNamedBy(entry, searchText)) continue;

@@ -17,6 +17,9 @@ enum class CatalogSource { loaded, offline, online };
 /// fetch.
 [[nodiscard]] bool findApp(Vorlu& vorlu, const std::string& searchText, CatalogSource source = CatalogSource::loaded);
 
+/// Whether a search for `searchText` means this entry: its name, identifier or a legacy key.
+bool isNamedBy(const AppBlueprints& entry, std::string_view searchText);
+
 /// The last entry of the loaded catalog that `searchText` names; null without one. Notes in `currentApp` when a match
 /// went by another key than the identifier, and selects nothing.
 const AppBlueprints* matchApp(Vorlu& vorlu, std::string_view searchText);

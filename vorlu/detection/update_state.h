@@ -25,6 +25,7 @@ struct UpdateState {
 
   ApplicationInventory currentUpdate;                ///< the record under work
   std::vector<ApplicationInventory> skippedUpdates;  ///< in use at the last full pass
+  std::vector<std::string> forcedApps;               ///< names of apps that a forced update of this run has handled
   std::vector<std::string> failedUpdates;            ///< `serverName` of failed applications, each once
   std::vector<std::string> failedAppNames;           ///< `appName` of what failed in the last update run
   std::vector<std::string> updatesInstalled;         ///< `appName` of what succeeded

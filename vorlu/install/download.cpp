@@ -74,13 +74,15 @@ UrlRequest requestFor(const Transfer& transfer) {
   return request;
 }
 
-/// Fetches and puts the file in its place; nothing, logged, on any failure.
-std::optional<FileDigest> fetch(Vorlu& vorlu, const Transfer& transfer) {
+/// Fetches and puts the file in its place; nothing, logged, on any failure. `unreachable` is set when no server
+/// answered.
+std::optional<FileDigest> fetch(Vorlu& vorlu, const Transfer& transfer, bool* unreachable = nullptr) {
   FileManager& files = vorlu.platform.files;
   const UrlRequest request = requestFor(transfer);
   DownloadReply reply = vorlu.platform.urls.download(request, paths::downloads);
   if (const auto fault = faultOf(reply, request.url)) {
     vorlu.log(*fault);
+    if (unreachable) *unreachable = reply.error.has_value();
     if (reply.location) files.remove(*reply.location);
     return std::nullopt;
   }
@@ -129,6 +131,18 @@ std::optional<FileDigest> downloadFile(Vorlu& vorlu, bool isRetry, const Transfe
   progress.downloadFinished = digest.has_value();
   progress.downloadFailed = !digest.has_value();
   return digest;
+}
+
+FetchEnd fetchInto(Vorlu& vorlu, const Transfer& transfer) {
+  if (transfer.url.empty()) {
+    vorlu.log("Error: The specified URL is empty. Cannot download file");
+    return FetchEnd::refused;
+  }
+  removePreviousDownload(vorlu, transfer.destination);
+  bool unreachable = false;
+  if (!fetch(vorlu, transfer, &unreachable)) return unreachable ? FetchEnd::unreachable : FetchEnd::refused;
+  vorlu.platform.files.setOwnership(transfer.destination, 0644, "root", "wheel");
+  return FetchEnd::done;
 }
 
 std::optional<FileDigest> downloadInstaller(Vorlu& vorlu, bool isRetry, bool interactive, const std::string& appName,

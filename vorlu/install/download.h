@@ -24,4 +24,12 @@ struct Transfer {
 };
 std::optional<FileDigest> downloadFile(Vorlu& vorlu, bool isRetry, const Transfer& transfer);
 
+enum class FetchEnd {
+  done,
+  refused,      ///< no URL, or the server has nothing of use there
+  unreachable,  ///< the transport failed
+};
+/// One transfer to a place that it clears first; the file belongs to root:wheel then. A failure is logged.
+FetchEnd fetchInto(Vorlu& vorlu, const Transfer& transfer);
+
 }  // namespace vorlu

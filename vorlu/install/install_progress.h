@@ -23,8 +23,11 @@ struct InstallProgress {
   std::string foundProcess;
   std::atomic<bool> downloadFinished = false;
   std::atomic<bool> downloadFailed = false;
-  std::optional<int> networkSpeed;  ///< megabits per second, once asked
-  std::string cancelText;           ///< why the last install was cancelled, in words for the user
+  std::optional<int> networkSpeed;            ///< megabits per second, once asked
+  std::string cancelText;                     ///< why the last install was cancelled, in words for the user
+  std::string appIcon;                        ///< icon of the install window
+  std::optional<std::string> promptPosition;  ///< of the install's window and prompts, once asked
+  std::optional<std::string> overlayIcon;     ///< the same
   std::optional<std::uint32_t> sleepAssertion;
   SerialQueue workQueue;    ///< downloads, mounts, extractions and copies beside a progress window
   SerialQueue tickerQueue;  ///< what moves the bar meanwhile

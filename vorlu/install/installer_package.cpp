@@ -7,8 +7,8 @@
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/install/line_reader.h"
 #include "vorlu/install/progress_bar.h"
-#include "vorlu/state/tool.h"
 #include "vorlu/state/replacement.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -75,7 +75,7 @@ class InstallerReport {
 
 }  // namespace
 
-void installPackage(Vorlu& vorlu, const std::string& path, const std::string& choicesPath, bool quiet,
+bool installPackage(Vorlu& vorlu, const std::string& path, const std::string& choicesPath, bool quiet,
                     bool showProgress) {
   const int target = vorlu.progress.installProgress + barSteps;
   InstallerReport report(vorlu, quiet, showProgress);
@@ -88,9 +88,10 @@ void installPackage(Vorlu& vorlu, const std::string& path, const std::string& ch
   command.mergeStandardError = false;
   command.limit = longestInstall;
   command.onOutput = [&](std::string_view piece) { lines.feed(piece); };
-  runTool(vorlu.platform.processes, vorlu.log, command);
+  const ProcessResult result = runTool(vorlu.platform.processes, vorlu.log, command);
   lines.finish();
   if (showProgress) setBar(vorlu, target);
+  return result.started && result.status == 0;
 }
 
 }  // namespace vorlu

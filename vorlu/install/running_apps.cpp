@@ -3,10 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
+#include <sstream>
 
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/detection/installed_version.h"
 #include "vorlu/detection/placeholders.h"
+#include "vorlu/prompts/console_session.h"
 #include "vorlu/state/shell_line.h"
 #include "vorlu/state/tool.h"
 #include "vorlu/vorlu.h"
@@ -26,16 +29,6 @@ std::optional<std::string> firstRunning(Vorlu& vorlu, const std::vector<std::str
   const auto found = std::find_if(names.begin(), names.end(),
                                   [&](const std::string& name) { return !trimmed(findProcess(vorlu, name)).empty(); });
   return found == names.end() ? std::nullopt : std::optional(*found);
-}
-
-void runShell(Vorlu& vorlu, std::string line) {
-  runTool(vorlu.platform.processes, vorlu.log, shellCommand(std::move(line)));
-}
-
-/// Opens something in the session of the console user.
-void openAsConsoleUser(Vorlu& vorlu, std::string_view option, const std::string& item) {
-  const std::string open = fmt::format("open {}\"{}\"", option, insideDoubleQuotes(item));
-  runShell(vorlu, fmt::format("su {} -c '{}'", shellWord(consoleUserName(vorlu)), insideSingleQuotes(open)));
 }
 
 }  // namespace
@@ -70,6 +63,11 @@ std::string findProcess(Vorlu& vorlu, const std::string& name) {
   command.arguments = {"-x", name};
   command.mergeStandardError = false;  // a complaint about the name is no process
   return runTool(vorlu.platform.processes, vorlu.log, command).output;
+}
+
+std::vector<std::string> processIds(Vorlu& vorlu, const std::string& name) {
+  std::istringstream output(findProcess(vorlu, name));
+  return {std::istream_iterator<std::string>(output), {}};
 }
 
 bool isAppRunning(Vorlu& vorlu, const std::string& bundleIdentifier, const std::string& appName) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace vorlu {
 
@@ -15,6 +16,8 @@ bool isAppRunning(Vorlu& vorlu, const std::string& bundleIdentifier, const std::
 
 /// Ids of the processes of exactly this name, as `pgrep` prints them; empty when there are none.
 std::string findProcess(Vorlu& vorlu, const std::string& name);
+/// The same as a list.
+std::vector<std::string> processIds(Vorlu& vorlu, const std::string& name);
 
 /// Whether the selected app, installed at `installedPath`, is in use. Sets up the lists for it anew.
 bool isSelectedAppRunning(Vorlu& vorlu, const std::string& installedPath, const std::string& appName);

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,6 +34,15 @@ struct ProcessResult {
   std::string output;
 };
 
+/// A program that runs beside the agent, which waits for it later. Destroying it waits, too.
+class RunningProcess {
+ public:
+  virtual ~RunningProcess() = default;
+  virtual bool isRunning() = 0;
+  /// Waits for the end; once.
+  virtual ProcessResult wait() = 0;
+};
+
 /// Child processes. Stands for NSTask and kill.
 class Processes {
  public:
@@ -40,6 +50,8 @@ class Processes {
 
   /// Runs to the end. Reading ends when the child has ended, even if a grandchild keeps the pipe.
   virtual ProcessResult run(const Command& command) = 0;
+  /// Begins what `run` does and comes back at once.
+  virtual std::unique_ptr<RunningProcess> start(const Command& command) = 0;
   /// Starts and leaves running, without a pipe; the child outlives the agent. Its process id, or nothing.
   virtual std::optional<pid_t> launch(const Command& command) = 0;
   virtual bool signal(pid_t pid, int signal) = 0;

@@ -14,6 +14,10 @@
 namespace vorlu {
 namespace {
 
+std::string withApps(const std::string& line, const std::vector<std::string>& apps) {
+  return replacedAll(line, "{apps}", fmt::format("{}", fmt::join(apps, ", ")));
+}
+
 /// One pass through the chain.
 struct Chain {
   Vorlu& vorlu;
@@ -22,9 +26,8 @@ struct Chain {
 
   void log(const std::string& line) const { vorlu.log(line); }
   bool stop(const AcceptableUseLines::Stop& stop, const std::vector<std::string>& apps = {}) const {
-    const std::string names = fmt::format("{}", fmt::join(apps, ", "));
-    vorlu.log(replacedAll(stop.log, "{apps}", names));
-    vorlu.log.logForJamf(replacedAll(stop.summary, "{apps}", names));
+    vorlu.log(withApps(stop.log, apps));
+    vorlu.log.logForJamf(withApps(stop.summary, apps));
     return true;
   }
 };
@@ -71,7 +74,7 @@ bool checkAppAssertions(const Chain& chain) {
     chain.log(chain.lines.noAssertionsConfigured);
     return false;
   }
-  chain.log(fmt::format("Found configured DND Application assertions: {}.", fmt::join(*names, ", ")));
+  chain.log(withApps(chain.lines.assertionsConfigured, *names));
   chain.log("Checking if any of the configured Applications are using assertions...");
   if (const auto app = appWithAssertion(chain.vorlu, *names)) return chain.stop(chain.lines.assertion, {*app});
   chain.log("None of the configured DND Assertion Applications are currently using assertions");
@@ -131,6 +134,7 @@ bool checkScreenSharing(const Chain& chain) {
 const AcceptableUseLines scheduledAcceptableUseLines = {
     "None of the Acceptable Use Apps are in the foreground.",
     "No DND Application Assertions are configured.",
+    "Found configured DND Application assertions: {apps}.",
     {"The following configured Acceptable Use App(s) are in the foreground, the update will be skipped with no user "
      "prompts: {apps}.",
      "Update skipped due to the following configured Acceptable User App(s) being in the foreground: {apps}."},

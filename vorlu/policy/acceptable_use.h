@@ -28,7 +28,8 @@ AcceptableUseKeys acceptableUseKeys(const Section& section) {
           section.acceptableDNDMode, section.acceptableScreenSharing};
 }
 
-/// The lines in which the scheduled and the forced flow differ. "{apps}" stands for the apps that stopped the run.
+/// The lines in which the scheduled and the forced flow differ. "{apps}" stands for the apps that stopped the run,
+/// or are configured.
 struct AcceptableUseLines {
   struct Stop {
     std::string log;
@@ -36,6 +37,7 @@ struct AcceptableUseLines {
   };
   std::string noAppInForeground;
   std::string noAssertionsConfigured;
+  std::string assertionsConfigured;
   Stop foregroundApp;
   Stop assertion;
   Stop camera;

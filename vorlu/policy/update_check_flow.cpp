@@ -4,8 +4,11 @@
 
 #include "vorlu/detection/find_app.h"
 #include "vorlu/detection/update_check.h"
+#include "vorlu/install/component_update.h"
+#include "vorlu/install/icon_sync.h"
 #include "vorlu/install/pipeline.h"
 #include "vorlu/install/placement.h"
+#include "vorlu/install/self_update.h"
 #include "vorlu/state/run_data.h"
 #include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
@@ -50,7 +53,7 @@ void updateOne(Vorlu& vorlu, const ApplicationInventory& record, PassResult& res
 PassResult updateWhatIsPending(Vorlu& vorlu) {
   PassResult result;
   result.nothingPending = vorlu.updates.pendingUpdates.empty();
-  if (vorlu.updates.pendingFrom != Walk::full) return result;
+  if (vorlu.updates.pendingFrom != Walk::full || !isAlone(vorlu)) return result;
   // The list itself may be filled anew while an app is being installed.
   const std::vector<ApplicationInventory> due = vorlu.updates.pendingUpdates;
   for (const ApplicationInventory& record : due) updateOne(vorlu, record, result);
@@ -67,6 +70,15 @@ void noteCompliance(Vorlu& vorlu, const PassResult& pass) {
   }
 }
 
+/// The agent itself, its component and the icons of its prompts.
+void keepAgentCurrent(Vorlu& vorlu) {
+  if (vorlu.preferences.general().autoUpdate && isAlone(vorlu)) {
+    selfUpdate(vorlu);
+    updateComponents(vorlu, true);
+  }
+  syncIcons(vorlu);
+}
+
 }  // namespace
 
 void updateCheckFlow(Vorlu& vorlu, bool hourly) {
@@ -79,6 +91,7 @@ void updateCheckFlow(Vorlu& vorlu, bool hourly) {
   vorlu.modes.runStage = "N/A";
   if (!hourly) return;
   vorlu.updates.hourlyCheckRan = true;
+  keepAgentCurrent(vorlu);
   updateRunData(vorlu, RunDataSelector::nextUpdateAttempt);
 }
 

@@ -11,12 +11,12 @@ struct ApplicationInventory;
 /// What is known of an application that may lead to its icon.
 struct AppIconSource {
   std::string appName;
-  std::string localIcon;      ///< file name in the agent's icon folder, may be empty
-  std::string cloudIcon;      ///< URL, may be empty
-  std::string installedPath;  ///< of a bundle, may be empty
+  std::string localIcon;  ///< file name in the agent's icon folder, may be empty
+  std::string cloudIcon;  ///< URL, may be empty
 };
 
-/// Path (or URL) of an application's icon for the prompts; empty when there is none at all. A missing icon is logged.
+/// Path of an application's icon for the prompts, or its URL when only that answers; else the icon for unknown apps.
+/// Empty when there is none at all. A missing icon is logged.
 std::string resolveAppIcon(Vorlu& vorlu, const AppIconSource& app);
 /// The icon of the selected app.
 std::string resolveAppIcon(Vorlu& vorlu, const CurrentApp& app);

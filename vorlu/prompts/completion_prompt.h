@@ -26,6 +26,9 @@ struct UpdateCompletePrompt {
 void showCompletePrompt(Vorlu& vorlu, const InstallCompletePrompt& prompt);
 void showCompletePrompt(Vorlu& vorlu, const UpdateCompletePrompt& prompt);
 
+/// Removes the receipt of an earlier prompt where there is one; a failure is logged.
+void removeCompleteReceipt(Vorlu& vorlu);
+
 /// Starts a prompt in the background form and waits at most 20 seconds for its receipt, Run/completeResult. A prompt
 /// that stays is killed and counts as one whose timer ran out. The receipt is removed on every path, a late one too.
 PromptExit runCompletePrompt(Vorlu& vorlu, const DialogCommand& command);

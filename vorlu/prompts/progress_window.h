@@ -26,7 +26,7 @@ ProgressWindow installProgressWindow(const std::string& appName);
 /// the file alone. It lives beyond the agent's end, until "quit:" comes. With nobody at the console no window opens.
 void openProgressWindow(Vorlu& vorlu, const ProgressWindow& window);
 
-/// Lines to the window that is open. A line break in a text would be a line of its own, so it becomes a blank.
+/// Lines to the window that is open.
 void retitleProgressWindow(Vorlu& vorlu, const ProgressWindow& window);  ///< title, icon and message anew
 void showProgressText(Vorlu& vorlu, const std::string& text);            ///< "progresstext: {text}"
 void closeProgressWindow(Vorlu& vorlu);                                  ///< "progress: complete", "quit:"

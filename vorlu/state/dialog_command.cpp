@@ -9,8 +9,10 @@
 namespace vorlu {
 
 void writeDialogCommand(Vorlu& vorlu, std::string_view command) {
-  const Status written =
-      vorlu.platform.files.append(paths::dialogCommandFile, fmt::format("{}\n", command), {0644, "root", "wheel"});
+  std::string line(command);
+  for (char& c : line)
+    if (c == '\n' || c == '\r') c = ' ';  // what follows would be a command of its own
+  const Status written = vorlu.platform.files.append(paths::dialogCommandFile, line + "\n", {0644, "root", "wheel"});
   if (!written) vorlu.log(fmt::format("Error writing to {}: {}", paths::dialogCommandFile, written.error()));
   if (command == "quit:") removeWatchReceipt(vorlu);
 }

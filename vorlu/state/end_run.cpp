@@ -5,18 +5,13 @@
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
-namespace {
-
-void tellFatalCondition(Vorlu& vorlu, const std::string& text, const std::string& jamfText) {
-  vorlu.log(text);
-  vorlu.log.logForJamf(jamfText);
-  runJamfInventory(vorlu);
-}
-
-}  // namespace
-
 void endRun(Vorlu& vorlu, int status) {
   setCurrentRunType(vorlu, "N/A");
+  vorlu.log("Exiting...");
+  exitProcess(status);
+}
+
+void endRunWithoutRunData(Vorlu& vorlu, int status) {
   vorlu.log("Exiting...");
   exitProcess(status);
 }
@@ -30,14 +25,10 @@ void fatalStop(Vorlu& vorlu, const std::string& text) {
 }
 
 void fatalStop(Vorlu& vorlu, const std::string& text, const std::string& jamfText) {
-  tellFatalCondition(vorlu, text, jamfText);
+  vorlu.log(text);
+  vorlu.log.logForJamf(jamfText);
+  runJamfInventory(vorlu);
   endRun(vorlu, 1);
-}
-
-void fatalStopWithoutRunData(Vorlu& vorlu, const std::string& text, const std::string& jamfText) {
-  tellFatalCondition(vorlu, text, jamfText);
-  vorlu.log("Exiting...");
-  exitProcess(1);
 }
 
 void runJamfInventory(Vorlu& vorlu) {

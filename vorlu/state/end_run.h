@@ -14,6 +14,8 @@ struct RunEnded {
 
 /// The normal end of a run: `CurrentRunType` "N/A", "Exiting...", `status`.
 [[noreturn]] void endRun(Vorlu& vorlu, int status);
+/// The same where run data itself can't be had: no run type is written.
+[[noreturn]] void endRunWithoutRunData(Vorlu& vorlu, int status);
 /// Leaves without a word and without touching run data.
 [[noreturn]] void exitProcess(int status);
 
@@ -21,8 +23,6 @@ struct RunEnded {
 /// with 1.
 [[noreturn]] void fatalStop(Vorlu& vorlu, const std::string& text);
 [[noreturn]] void fatalStop(Vorlu& vorlu, const std::string& text, const std::string& jamfText);
-/// The same where run data itself can't be had: no run type is written.
-[[noreturn]] void fatalStopWithoutRunData(Vorlu& vorlu, const std::string& text, const std::string& jamfText);
 
 /// `jamf recon` where Jamf Pro is installed.
 void runJamfInventory(Vorlu& vorlu);

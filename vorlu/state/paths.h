@@ -21,6 +21,9 @@ inline const std::string lastReport = run + "/lastReport.json";
 inline const std::string lastReportEnc = run + "/lastReportEnc.json";
 inline const std::string downloads = run + "/Downloads";
 inline const std::string output = run + "/Output";
+inline const std::string resources = support + "/Resources";
+inline const std::string icons = resources + "/Icons";
+inline const std::string appIcons = resources + "/AppIcons";
 inline const std::string jamfLog = support + "/Logs/JamfPro_EA.log";
 inline const std::string log = "/var/log/Vorlu.log";
 
@@ -28,6 +31,7 @@ inline const std::string packageReceipts = "/var/db/receipts";
 inline const std::string promptComponentReceipt = "/private/var/db/receipts/vorluupdateprompts.plist";
 inline const std::string networkQuality = "/private/var/tmp/networkQuality.json";
 inline const std::string onlineMarker = "/usr/local/bin/vorluonline";
+inline const std::string jamfPreferences = "/Library/Preferences/com.jamfsoftware.jamf.plist";
 inline const std::string jamf = "/usr/local/jamf/bin/jamf";
 
 inline const std::string components = "/usr/local/bin/vorlu-ui";

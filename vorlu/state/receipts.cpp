@@ -5,7 +5,9 @@
 #include <chrono>
 
 #include "vorlu/state/end_run.h"
+#include "vorlu/state/forced_receipt.h"
 #include "vorlu/state/paths.h"
+#include "vorlu/state/property_list.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -47,13 +49,20 @@ void removeMissedUpdateReceipt(Vorlu& vorlu) {
 }
 
 void removeForcedUpdateReceipt(Vorlu& vorlu, const std::string& app) {
-  removeIfThere(vorlu, fmt::format("{}/{} Patch Receipt.plist", paths::receipts, app),
-                "Error removing the forced update receipts: {}");
+  removeIfThere(vorlu, forcedReceiptPath(app), "Error removing the forced update receipts: {}");
   removeIfThere(vorlu, paths::currentTask, "Error removing the forced update receipts: {}");
 }
 
 void removeWatchReceipt(Vorlu& vorlu) {
   removeIfThere(vorlu, paths::watchReceipt, "Error removing watch receipt: {}");
+}
+
+void writeWatchReceipt(Vorlu& vorlu, const WatchReceiptData& receipt) {
+  removeWatchReceipt(vorlu);
+  vorlu.platform.clock.sleep(std::chrono::seconds(2));
+  const Status written =
+      vorlu.platform.files.writeAtomically(paths::watchReceipt, encodePropertyList(receipt), {0644, "root", "wheel"});
+  if (!written) vorlu.log(fmt::format("Error writing watch receipt: {}", written.error()));
 }
 
 }  // namespace vorlu

@@ -68,5 +68,8 @@ void removeMissedUpdateReceipt(Vorlu& vorlu);
 /// Removes the receipt of `app` and the current task.
 void removeForcedUpdateReceipt(Vorlu& vorlu, const std::string& app);
 void removeWatchReceipt(Vorlu& vorlu);
+/// Publishes the work of this process in place of an old watch receipt, whose readers get two seconds to let go of it.
+/// A failed write is logged.
+void writeWatchReceipt(Vorlu& vorlu, const WatchReceiptData& receipt);
 
 }  // namespace vorlu

@@ -9,6 +9,7 @@
 #include "vorlu/state/end_run.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/state/property_list.h"
+#include "vorlu/state/random_number.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -31,11 +32,7 @@ std::string deferralLimit(Vorlu& vorlu) {
 
 /// 63 to 80 minutes, so that a fleet's calls to the server spread over time.
 std::int64_t hourlyInterval(Security& security) {
-  std::uint32_t number = 0;
-  if (const auto bytes = security.randomBytes(sizeof number)) {
-    for (const char byte : *bytes) number = (number << 8) | static_cast<unsigned char>(byte);
-  }
-  return 3600 + 60 * (3 + static_cast<std::int64_t>(number % 18));
+  return 3600 + 60 * (3 + randomBelow(security, 18));
 }
 
 std::vector<Change> changes(Vorlu& vorlu, RunDataSelector selector) {
@@ -85,25 +82,28 @@ void logBoth(Vorlu& vorlu, const std::string& text) {
   vorlu.log.logForJamf(text);
 }
 
-void ensureRunDirectory(Vorlu& vorlu) {
+constexpr const char* noDirectory = "Error: The run directory could not be created.";
+constexpr const char* noFile = "Error: The run data plist could not be created.";
+
+/// Logs what couldn't be made and gives the line for Jamf Pro.
+std::string couldNotMake(Vorlu& vorlu, const char* what) {
+  vorlu.log(fmt::format("{} Please contact {} for assistance", what, vorlu.site.supportContact()));
+  return fmt::format("{} The update will be skipped. Please reinstall Vorlu", what);
+}
+
+bool makeRunDirectory(Vorlu& vorlu) {
   FileManager& files = vorlu.platform.files;
-  if (files.exists(paths::run)) return;
+  if (files.exists(paths::run)) return true;
   vorlu.log("The run directory was not found. Attempting to create it...");
   files.createDirectory(paths::run, {0700, "root", "wheel"});
   files.setHidden(paths::run);
   vorlu.platform.clock.sleep(seconds(3));
-  if (files.exists(paths::run)) {
-    vorlu.log("Successfully created the run directory");
-    return;
-  }
-  fatalStopWithoutRunData(
-      vorlu,
-      fmt::format("Error: The run directory could not be created. Please contact {} for assistance",
-                  vorlu.site.supportContact()),
-      "Error: The run directory could not be created. The update will be skipped. Please reinstall Vorlu");
+  if (!files.exists(paths::run)) return false;
+  vorlu.log("Successfully created the run directory");
+  return true;
 }
 
-void createRunDataFile(Vorlu& vorlu) {
+void writeFirstRunData(Vorlu& vorlu) {
   const std::string user = vorlu.platform.consoleUser.name();
   vorlu.log("Setting up the Deferrals Plist...");
   RunDataFile file;
@@ -168,19 +168,23 @@ void updateRunData(Vorlu& vorlu, RunDataSelector selector) {
   files.setHidden(paths::runData);
 }
 
-void ensureRunData(Vorlu& vorlu) {
-  ensureRunDirectory(vorlu);
+std::optional<std::string> createRunData(Vorlu& vorlu) {
+  if (!makeRunDirectory(vorlu)) return couldNotMake(vorlu, noDirectory);
   FileManager& files = vorlu.platform.files;
-  if (files.exists(paths::runData)) return;
+  if (files.exists(paths::runData)) return std::nullopt;
   vorlu.log("The run data plist was not found");
-  createRunDataFile(vorlu);
+  writeFirstRunData(vorlu);
   vorlu.platform.clock.sleep(seconds(2));
-  if (files.exists(paths::runData)) return;
-  fatalStopWithoutRunData(
-      vorlu,
-      fmt::format("Error: The run data plist could not be created. Please contact {} for assistance",
-                  vorlu.site.supportContact()),
-      "Error: The run data plist could not be created. The update will be skipped. Please reinstall Vorlu");
+  if (!files.exists(paths::runData)) return couldNotMake(vorlu, noFile);
+  return std::nullopt;
+}
+
+void ensureRunData(Vorlu& vorlu) {
+  const std::optional<std::string> fault = createRunData(vorlu);
+  if (!fault) return;
+  vorlu.log.logForJamf(*fault);
+  runJamfInventory(vorlu);
+  endRunWithoutRunData(vorlu, 1);
 }
 
 }  // namespace vorlu

@@ -121,7 +121,11 @@ std::optional<std::int64_t> parseCount(const std::string& text);
 /// which may end the run.
 void updateRunData(Vorlu& vorlu, RunDataSelector selector);
 
-/// Creates the run directory and the file when they are missing. Ends the run with 1 when they can't be created.
+/// Creates the run directory and the file when they are missing. What can't be created is logged, and the line for
+/// Jamf Pro given back.
+std::optional<std::string> createRunData(Vorlu& vorlu);
+
+/// The same. Ends the run with 1 when they can't be created.
 void ensureRunData(Vorlu& vorlu);
 
 }  // namespace vorlu

@@ -8,7 +8,7 @@ namespace vorlu {
 enum class Standing {
   unknown,  ///< nobody has looked yet
   alone,    ///< the only agent, or let go on by the coordination
-  beside,   ///< another agent runs: run data's run type is that agent's
+  beside,   ///< another agent works: run data's run type is that agent's, and nothing is installed or asked
 };
 
 /// What kind of run this is. The dispatcher sets the modes before the flow starts, and nothing clears them.
@@ -27,6 +27,8 @@ struct RunModes {
   std::string runStage = "Updates";  ///< where the run stands: the category of system log records
   int runExitStatus = 0;             ///< exit status of the scheduled flows
   Standing standing = Standing::unknown;
+  bool letGoOn = false;      ///< the coordination has let this process work: a later pass doesn't queue it again
+  std::string requestedApp;  ///< identifier that an install was asked for
 };
 
 }  // namespace vorlu

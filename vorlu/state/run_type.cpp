@@ -2,10 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <charconv>
-#include <string_view>
-
+#include "vorlu/state/duplicates.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/state/property_list.h"
 #include "vorlu/state/receipts.h"
@@ -19,13 +16,8 @@ void storeRunType(Vorlu& vorlu, const std::string& type) {
   updateRunData(vorlu, RunDataSelector::currentRunType);
 }
 
-/// What a killed run left behind would make other agents wait for it.
-void clearTracesOfCrash(Vorlu& vorlu) {
-  const Result<RunDataFile> file = loadRunData(vorlu.platform.files);
-  if (file && file->CurrentRunType.value_or("N/A") != "N/A") {
-    vorlu.log(fmt::format("Resetting the run type {} of a run that has ended", *file->CurrentRunType), silent);
-    storeRunType(vorlu, "N/A");
-  }
+/// A receipt whose process lives is that process's own affair.
+void removeDeadWatchReceipt(Vorlu& vorlu) {
   const Result<std::string> bytes = vorlu.platform.files.read(paths::watchReceipt);
   if (!bytes) return;
   const auto receipt = decodePropertyList<WatchReceiptData>(*bytes);
@@ -35,41 +27,37 @@ void clearTracesOfCrash(Vorlu& vorlu) {
 
 }  // namespace
 
-Duplicates findDuplicates(Vorlu& vorlu) {
-  Processes& processes = vorlu.platform.processes;
-  Command search;
-  search.program = "/usr/bin/pgrep";
-  search.arguments = {"-x", "vorlu"};
-  const ProcessResult result = processes.run(search);
-  Duplicates found;
-  // pgrep answers 1 when nothing matched
-  found.searched = result.started && !result.timedOut && (result.status == 0 || result.status == 1);
-  if (!found.searched) {
-    found.error = result.started ? fmt::format("{} ended with {}", search.program, result.status) : result.error;
-    return found;
+void clearTracesOfCrash(Vorlu& vorlu) {
+  if (const std::string type = readRunType(vorlu); type != "N/A") {
+    vorlu.log(fmt::format("Resetting the run type {} of a run that has ended", type), silent);
+    storeRunType(vorlu, "N/A");
   }
-  std::string_view rest = result.output;
-  while (!rest.empty()) {
-    const std::string_view line = rest.substr(0, rest.find('\n'));
-    rest.remove_prefix(std::min(rest.size(), line.size() + 1));
-    pid_t pid = 0;
-    const auto [stop, error] = std::from_chars(line.data(), line.data() + line.size(), pid);
-    if (error != std::errc{} || pid == processes.ownPid() || pid == processes.parentPid()) continue;
-    found.pids.push_back(pid);
-  }
-  return found;
+  removeDeadWatchReceipt(vorlu);
 }
 
-void noteStanding(Vorlu& vorlu, const Duplicates& others) {
-  const bool alone = others.searched && others.pids.empty();
-  const bool wasAlone = vorlu.modes.standing == Standing::alone;  // a run type that stands there is this run's
-  vorlu.modes.standing = alone ? Standing::alone : Standing::beside;
-  if (alone && !wasAlone) clearTracesOfCrash(vorlu);
+void noteAlone(Vorlu& vorlu) {
+  // A run type that stands there may be this run's own.
+  const bool wasAlone = vorlu.modes.standing == Standing::alone;
+  vorlu.modes.standing = Standing::alone;
+  if (!wasAlone) clearTracesOfCrash(vorlu);
+}
+
+void noteBeside(Vorlu& vorlu) {
+  vorlu.modes.standing = Standing::beside;
 }
 
 bool isAlone(Vorlu& vorlu) {
-  if (vorlu.modes.standing == Standing::unknown) noteStanding(vorlu, findDuplicates(vorlu));
+  if (vorlu.modes.standing == Standing::unknown) {
+    // Nobody has decided yet which of several agents works.
+    findDuplicatesByName(vorlu).none() ? noteAlone(vorlu) : noteBeside(vorlu);
+  }
   return vorlu.modes.standing == Standing::alone;
+}
+
+std::string readRunType(Vorlu& vorlu) {
+  const Result<RunDataFile> file = loadRunData(vorlu.platform.files);
+  const std::string type = file ? file->CurrentRunType.value_or("") : "";
+  return type.empty() ? "N/A" : type;
 }
 
 void setCurrentRunType(Vorlu& vorlu, const std::string& type) {

@@ -1,28 +1,25 @@
 #pragma once
 
 #include <string>
-#include <vector>
-
-#include <sys/types.h>
 
 namespace vorlu {
 
 struct Vorlu;
 
-/// Ids of the other running agents, by `pgrep -x vorlu`.
-struct Duplicates {
-  bool searched = false;
-  std::string error;  ///< why the search itself failed
-  std::vector<pid_t> pids;
-};
-Duplicates findDuplicates(Vorlu& vorlu);
+/// This process is the one that works: it waits for nobody, or was let go on. What a crash left behind is cleared.
+void noteAlone(Vorlu& vorlu);
+/// Another agent works; this one writes no run type.
+void noteBeside(Vorlu& vorlu);
 
-/// Keeps in `modes.standing` what a search has found. A process that first finds itself alone resets a run type that a
-/// crash left behind, and removes the watch receipt of a dead process.
-void noteStanding(Vorlu& vorlu, const Duplicates& others);
+/// Removes what a run that was killed left behind: its run type and its watch receipt.
+void clearTracesOfCrash(Vorlu& vorlu);
 
-/// Whether no other agent runs, by the last search; searches when there was none.
+/// Whether this process is the one that works, by what was noted last; looks for other agents when nothing was. A run
+/// that isn't alone neither installs nor asks the user.
 bool isAlone(Vorlu& vorlu);
+
+/// The flow in progress by run data, "N/A" between runs or when there is none.
+std::string readRunType(Vorlu& vorlu);
 
 /// The one writer of `CurrentRunType`. Other agents are judged by that key, so a process that isn't alone writes
 /// nothing.

@@ -5,18 +5,12 @@
 namespace vorlu {
 namespace {
 
-bool isPlain(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-         std::string_view("._-+,:@%/").find(c) != std::string_view::npos;
+bool isOneOf(char c, std::string_view set) {
+  return set.find(c) != std::string_view::npos;
 }
 
-std::string withBackslashes(std::string_view value, std::string_view special) {
-  std::string quoted;
-  for (const char c : value) {
-    if (special.find(c) != std::string_view::npos) quoted += '\\';
-    quoted += c;
-  }
-  return quoted;
+bool isPlain(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || isOneOf(c, "._-+,:@%/");
 }
 
 }  // namespace
@@ -33,11 +27,25 @@ std::string insideSingleQuotes(std::string_view text) {
 }
 
 std::string insideDoubleQuotes(std::string_view value) {
-  return withBackslashes(value, "\\\"$`");
+  constexpr std::string_view special = "\\\"$`";
+  std::string quoted;
+  for (std::size_t at = 0; at < value.size(); ++at) {
+    const char c = value[at];
+    const bool last = at + 1 == value.size();
+    const bool meansNothing = c == '\\' && !last && value[at + 1] != '\n' && !isOneOf(value[at + 1], special);
+    if (isOneOf(c, special) && !meansNothing) quoted += '\\';
+    quoted += c;
+  }
+  return quoted;
 }
 
 std::string insideAppleScriptText(std::string_view value) {
-  return withBackslashes(value, "\\\"");
+  std::string quoted;
+  for (const char c : value) {
+    if (isOneOf(c, "\\\"")) quoted += '\\';
+    quoted += c;
+  }
+  return quoted;
 }
 
 std::string shellWord(std::string_view value) {

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <future>
 #include <thread>
 
 #include "vorlu/platform/linux/child_process.h"
@@ -132,6 +133,18 @@ void recordEnd(const siginfo_t& how, ProcessResult& result) {
     result.signal = how.si_status;
 }
 
+/// A run on a thread of its own.
+class RunOnThread : public RunningProcess {
+ public:
+  RunOnThread(Processes& processes, const Command& command)
+      : run_(std::async(std::launch::async, [&processes, command] { return processes.run(command); })) {}
+  bool isRunning() override { return run_.wait_for(std::chrono::seconds(0)) != std::future_status::ready; }
+  ProcessResult wait() override { return run_.get(); }
+
+ private:
+  std::future<ProcessResult> run_;
+};
+
 }  // namespace
 
 ProcessResult LinuxProcesses::run(const Command& command) {
@@ -159,6 +172,10 @@ ProcessResult LinuxProcesses::run(const Command& command) {
   output.drain();
   recordEnd(child->wait(), result);
   return result;
+}
+
+std::unique_ptr<RunningProcess> LinuxProcesses::start(const Command& command) {
+  return std::make_unique<RunOnThread>(*this, command);
 }
 
 std::optional<pid_t> LinuxProcesses::launch(const Command& command) {

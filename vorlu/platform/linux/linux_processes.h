@@ -10,6 +10,7 @@ namespace vorlu {
 class LinuxProcesses : public Processes {
  public:
   ProcessResult run(const Command& command) override;
+  std::unique_ptr<RunningProcess> start(const Command& command) override;
   std::optional<pid_t> launch(const Command& command) override;
   bool signal(pid_t pid, int signal) override;
   bool isAlive(pid_t pid) override;

@@ -1,0 +1,315 @@
+#include "vorlu/cli/coordination.h"
+
+#include <fmt/format.h>
+
+#include "tests/support/agent_run.h"
+#include "vorlu/state/process_table.h"
+#include "vorlu/state/run_type.h"
+
+namespace vorlu::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+/// A process of the Mac; its age counts from the start of the test.
+struct Other {
+  pid_t pid = 4711;
+  std::int64_t age = 100;
+  std::string program = "/usr/local/bin/vorlu";
+  std::string user = "root";
+  pid_t parent = 1;
+  std::string line = "vorlu --update run";
+};
+
+enum class End { alone, beside, left, failed };
+
+/// The agent 4000, which has just been started, among others.
+struct CoordinationTest : ::testing::Test, AgentRun {
+  CoordinationTest() {
+    RunDataFile file;
+    file.CurrentRunType = "N/A";
+    store(file);
+    mac.write(paths::offlineData, R"([{"appName": "Slides", "appIdentifier": "slides", "serverName": "slides-server",
+      "appType": "appBundle", "appPath": "/Applications/Slides.app"}, {"appName": "Notes", "appIdentifier": "notes"}])");
+    vorlu.modes.requestedApp = "notes";
+    mac.processes.on("/usr/bin/networkQuality", {.status = 1});
+    mac.processes.on(
+        "/usr/bin/pgrep -x vorlu", {.print = [this](const Command&) {
+          return list([](const Other& o) { return o.program.ends_with("vorlu") ? fmt::format("{}\n", o.pid) : ""; });
+        }});
+    const std::string all = "/bin/ps -Aww -o pid= -o ";
+    mac.processes.on(all + "ppid= -o user= -o etime= -o comm=", {.print = [this](const Command&) {
+                       return fmt::format("  PID garbled\n4000 3999 root {} vorlu\n", elapsed({.age = ownAge})) +
+                              list([this](const Other& o) {
+                                return fmt::format("{:5} {:5} {:<16} {:>11} {}\n", o.pid, o.parent, o.user, elapsed(o),
+                                                   o.program);
+                              });
+                     }});
+    mac.processes.on(all + "command=", {.print = [this](const Command&) {
+                       return list([](const Other& o) { return fmt::format("{:5} {}\n", o.pid, o.line); });
+                     }});
+  }
+
+  void add(const Other& other, bool stubborn = false) {
+    others.push_back(other);
+    mac.processes.addProcess(other.pid, stubborn);
+    mac.processes.on(fmt::format("/bin/ps -o etime= -p {}", other.pid), {.print = [this, other](const Command&) {
+                       return mac.processes.isAlive(other.pid) ? "  " + elapsed(other) + "\n" : "";
+                     }});
+  }
+  void endAt(Seconds when, pid_t pid) {
+    mac.clock.at(when, [this, pid] { mac.processes.endProcess(pid); });
+  }
+  void setType(const std::string& type) {
+    RunDataFile file = runData();
+    file.CurrentRunType = type;
+    store(file);
+  }
+  void typeAt(Seconds when, const std::string& type) {
+    mac.clock.at(when, [this, type] { setType(type); });
+  }
+  End coordinate() {
+    Coordination answer = Coordination::goOn;
+    if (const auto status = endOf([&] { answer = coordinateInstances(vorlu); })) {
+      EXPECT_EQ(*status, 0);
+      return End::left;
+    }
+    if (answer == Coordination::failed) return End::failed;
+    return isAlone(vorlu) ? End::alone : End::beside;
+  }
+  Lines kills() {
+    Lines lines;
+    for (const std::string& line : tools())
+      if (line.starts_with("kill ")) lines.push_back(line);
+    return lines;
+  }
+  Seconds waited() { return mac.clock.now() - start; }
+
+  std::vector<Other> others;
+  Seconds start = mac.clock.now();
+  std::int64_t ownAge = 0;
+
+ private:
+  std::string elapsed(const Other& other) {
+    const auto age = other.age + static_cast<std::int64_t>(mac.clock.now() - start);
+    return fmt::format("{:02}-{:02}:{:02}:{:02}", age / 86400, age / 3600 % 24, age / 60 % 60, age % 60);
+  }
+  template <class Print>
+  std::string list(Print print) {
+    std::string text;
+    for (const Other& other : others)
+      if (mac.processes.isAlive(other.pid)) text += print(other);
+    return text;
+  }
+};
+
+struct Row {
+  const char* mode;
+  std::string type;
+  End end;
+  bool killed;
+  Seconds seconds;                                      ///< how long it took
+  std::int64_t age = 100;                               ///< of the other
+  std::pair<Seconds, const char*> then = {0, nullptr};  ///< the run type changes
+  Seconds goneAt = 0;
+  bool installed = false;  ///< the app that the other installs is there
+};
+
+struct RowTest : CoordinationTest, ::testing::WithParamInterface<Row> {};
+
+TEST_P(RowTest, EndsAsTold) {
+  const Row& row = GetParam();
+  RunModes& modes = vorlu.modes;
+  for (const auto& [name, flag] : {std::pair("i", &modes.installMode),
+                                   {"s", &modes.selfServiceMode},
+                                   {"u", &modes.updateMode},
+                                   {"f", &modes.forcedMode},
+                                   {"r", &modes.runMode}})
+    *flag = std::string(row.mode) == name;
+  if (row.installed) mac.addApplication("/Applications/Slides.app", "com.example.slides", "1.0");
+  add({.pid = 4711, .age = row.age});
+  setType(row.type);
+  if (row.then.second) typeAt(row.then.first, row.then.second);
+  if (row.goneAt > 0) endAt(row.goneAt, 4711);
+  EXPECT_EQ(coordinate(), row.end);
+  EXPECT_EQ(kills(), row.killed ? Lines{"kill -15 4711"} : Lines{});
+  EXPECT_EQ(waited(), row.seconds);
+  const bool untouched = row.end == End::left || row.end == End::beside || (!row.killed && row.goneAt == 0);
+  EXPECT_EQ(readRunType(vorlu), untouched ? row.type : "N/A");
+  if (row.killed) EXPECT_THAT(mac.read(paths::dialogCommandFile), HasSubstr("quit:\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, RowTest,
+    ::testing::Values(
+        // an install: its phases
+        Row{"i", "appInstalls", End::alone, true, 121}, Row{"i", "appInstallInit:slides-server", End::alone, true, 121},
+        Row{"s", "appInstallProgInit:gone", End::alone, true, 121},
+        Row{"i", "appInstallRun:slides-server", End::alone, true, 1229},
+        Row{"s", "appInstallProgRun:slides-server", End::alone, true, 1229, 100, {}, 0, true},
+        Row{"i", "appInstallRun:slides", End::alone, false, 16, 100, {7, "appInstallComplete:slides"}, 15},
+        Row{"i", "appInstallRun:slides", End::alone, true, 39, 100, {7, "appInstallComplete:slides"}},
+        Row{"i", "appInstallInit:slides", End::alone, false, 15, 100, {3, "appInstallRun:slides"}, 12},
+        Row{"i", "appInstallProgComplete:slides", End::alone, true, 121},
+        // Self Service
+        Row{"s", "selfServiceInit", End::left, false, 0}, Row{"s", "selfServiceUpdateRequired", End::left, false, 0},
+        Row{"i", "selfServiceInit", End::alone, true, 1201},
+        Row{"i", "selfServiceUpdateRequired", End::alone, true, 1201},
+        Row{"i", "selfServiceInit", End::alone, true, 1211, 100, {7, "selfServiceUpdateRequired"}},
+        Row{"i", "selfServiceUpdateRequired", End::alone, false, 35, 100, {7, "N/A"}, 33},
+        Row{"i", "selfServiceUpdateRequired", End::alone, true, 1211, 100, {7, "N/A"}},
+        // scheduled and forced updates
+        Row{"i", "scheduledUpdateInit", End::alone, true, 1}, Row{"s", "forcedUpdateInit", End::alone, true, 1},
+        Row{"i", "scheduledUpdateInitTestPrompt", End::alone, true, 1201},
+        Row{"s", "forcedUpdateInitTest", End::alone, false, 25, 100, {7, "forcedUpdateRequired"}, 22},
+        Row{"i", "scheduledUpdateRequired", End::alone, true, 1201}, Row{"i", "forcedUpdate", End::alone, true, 1201},
+        // the rest
+        Row{"i", "hourlyUpdateCheck", End::alone, true, 1}, Row{"s", "ReportingAuto", End::alone, true, 1},
+        Row{"i", "manualUpdateCheck", End::alone, true, 1201},
+        Row{"i", "manualUpdateCheck", End::alone, false, 10, 100, {}, 9},
+        Row{"i", "somethingElse", End::alone, false, 0}, Row{"i", "N/A", End::alone, true, 301},
+        Row{"s", "", End::alone, false, 40, 100, {}, 33},
+        Row{"i", "N/A", End::alone, true, 11, 100, {4, "scheduledUpdateInit"}},
+        // those that don't wait
+        Row{"u", "appInstallRun:slides", End::left, false, 0}, Row{"f", "N/A", End::left, false, 0, 20000},
+        Row{"", "appInstallRun:slides", End::beside, false, 0}, Row{"r", "N/A", End::left, false, 0, 1799},
+        Row{"r", "hourlyUpdateCheck", End::beside, false, 0, 1800},
+        Row{"r", "hourlyUpdateCheck", End::beside, false, 0, 10799},
+        Row{"r", "hourlyUpdateCheck", End::alone, true, 11, 10800},
+        Row{"r", "appInstallRun:slides", End::left, false, 0, 1799},
+        Row{"r", "appInstallRun:slides", End::alone, true, 11, 1800}));
+
+TEST_F(CoordinationTest, SaysWhatItWaitsFor) {
+  vorlu.modes.installMode = true;
+  add({});
+  setType("appInstallRun:slides-server");
+  endAt(2, 4711);
+  coordinate();
+  EXPECT_THAT(shown(), ElementsAre("An install for Slides is already running. The requested Notes will be queued until "
+                                   "the Slides install is complete. Please wait..."));
+  vorlu.modes.letGoOn = false;
+  add({.pid = 4712});
+  setType("scheduledUpdateInitTest");
+  coordinate();
+  EXPECT_THAT(
+      shown(),
+      ElementsAre("Another instance of Vorlu is currently initialising a scheduled update via the \"prompt\" flag. "
+                  "Please wait...",
+                  HasSubstr("was initialising a scheduled update check via the \"prompt\" flag, but"),
+                  "Attempting to gather network quality information...", "Could not gather network quality results",
+                  "Killing duplicate Vorlu process..."));
+}
+
+TEST_F(CoordinationTest, QueuesBehindThoseBeforeItAlone) {
+  vorlu.modes.installMode = true;
+  for (const Other& other : {Other{.pid = 4711}, {.pid = 3990, .age = 0}, {.pid = 4001, .age = 0}})
+    add(other);  // the last one comes after this agent
+  endAt(92, 4711), endAt(130, 3990);
+  EXPECT_EQ(coordinate(), End::alone);
+  EXPECT_EQ(waited(), 95 + 30 + 10);
+  EXPECT_THAT(kills(), IsEmpty());
+  EXPECT_THAT(shown(),
+              ElementsAre("Other Vorlu instances are running. The App install request has been queued. Please wait...",
+                          "Install request is next in the queue. Please wait...", HasSubstr("(3990) is initialising")));
+}
+
+TEST_F(CoordinationTest, QueuesForTwentyMinutesAtMost) {
+  add({}), add({.pid = 4712});
+  vorlu.modes.selfServiceMode = true;
+  EXPECT_EQ(coordinate(), End::left);
+  EXPECT_EQ(waited(), 1200);
+  EXPECT_THAT(shown(), ElementsAre("Other Vorlu instances are running. The update request has been queued. Please "
+                                   "wait...",
+                                   testing::StartsWith("Warning: "), "Exiting..."));
+  vorlu.modes = {.runMode = true};
+  EXPECT_EQ(coordinate(), End::left);
+  EXPECT_THAT(shown(), ElementsAre("Other previously queued Vorlu instances are still running. Exiting..."));
+  EXPECT_EQ(waited(), 1200);
+  add({.pid = 4713, .age = 12000});
+  EXPECT_EQ(coordinate(), End::left);  // the one that is stuck is ended before the others are counted
+  EXPECT_THAT(kills(), ElementsAre("kill -15 4713"));
+}
+
+TEST_F(CoordinationTest, WhatIsNoAgentCountsForNothing) {
+  vorlu.modes.updateMode = true;
+  add({.pid = 3999,
+       .age = 50,
+       .program = "/bin/vorlu",
+       .parent = 3900});  // the shell that runs this agent, and its own
+  add({.pid = 3900, .age = 60});
+  add({.pid = 4711, .user = "alice"});
+  add({.pid = 4712, .program = "/opt/tools/vorlu"});
+  add({.pid = 4713, .program = "/bin/zsh", .line = "zsh -c vorlu -u selfService"});
+  EXPECT_EQ(coordinate(), End::alone);
+  vorlu.modes.letGoOn = false;
+  add({.pid = 4720, .program = "moskupdate", .line = "moskupdate -u selfService"});
+  add({.pid = 4721, .line = "vorlu -u selfService"});
+  vorlu.modes = {.runMode = true};
+  shown();
+  EXPECT_EQ(coordinate(), End::left);  // two: each counted once
+  EXPECT_THAT(shown(), ElementsAre("Found external duplicate Vorlu process: moskupdate -u selfService",
+                                   "Found external duplicate Vorlu process: vorlu -u selfService",
+                                   "Other previously queued Vorlu instances are still running. Exiting..."));
+}
+
+TEST_F(CoordinationTest, ASearchThatFailsIsAnError) {
+  mac.processes.on("/bin/ps -Aww -o pid= -o ppid= -o user= -o etime= -o comm=", {.status = 1});
+  add({});
+  coordinate();
+  EXPECT_EQ(coordinate(), End::failed);
+}
+
+TEST_F(CoordinationTest, EndsTheAgentAndItsPromptsAndNobodyElse) {
+  vorlu.modes.installMode = true;
+  setType("hourlyUpdateCheck");
+  add({}, true);
+  add({.pid = 4800, .program = "/usr/bin/su", .parent = 4711});
+  add({.pid = 4801, .program = paths::dialogProgram, .user = "alice", .parent = 4800});
+  add({.pid = 4802, .program = paths::dialogProgram, .user = "alice"});
+  EXPECT_EQ(coordinate(), End::alone);
+  EXPECT_THAT(kills(), ElementsAre("kill -15 4711", "kill -15 4801", "kill -9 4711"));
+  EXPECT_EQ(waited(), 61);
+}
+
+TEST_F(CoordinationTest, LeavesAProcessThatTookOverTheIdAlone) {
+  vorlu.modes.installMode = true;
+  add({.age = 3000});
+  // gone between the last look and the signal: the id belongs to a younger process, another agent even
+  mac.clock.at(300.5, [this] { others[0].age = -300; });
+  EXPECT_EQ(coordinate(), End::alone);
+  EXPECT_THAT(kills(), IsEmpty());
+}
+
+/// A shell that becomes an agent lends it its age: agents that came meanwhile may work already.
+TEST_F(CoordinationTest, AnOldShellDoesNotPushAhead) {
+  vorlu.modes.installMode = true;
+  add({.age = 5});
+  ownAge = 8;
+  mac.clock.advance(2);  // its run is two seconds old, the process ten
+  typeAt(4, "appInstallRun:slides");
+  endAt(60, 4711);
+  EXPECT_EQ(coordinate(), End::alone);
+  EXPECT_GE(waited(), 60);
+  EXPECT_THAT(kills(), IsEmpty());
+}
+
+TEST(ElapsedTime, IsReadInAllItsForms) {
+  const std::pair<const char*, std::optional<std::int64_t>> cases[] = {{"00:00", 0},
+                                                                       {"29:59", 1799},
+                                                                       {"03:00:00", 10800},
+                                                                       {"2-01:00:01", 176401},
+                                                                       {"", std::nullopt},
+                                                                       {"12", std::nullopt},
+                                                                       {"1:60", std::nullopt},
+                                                                       {"a:b", std::nullopt},
+                                                                       {"1-02:03", std::nullopt},
+                                                                       {"-1:00", std::nullopt},
+                                                                       {"1:2:3:4", std::nullopt}};
+  for (const auto& [text, seconds] : cases) EXPECT_EQ(parseElapsed(text), seconds) << text;
+}
+
+}  // namespace
+}  // namespace vorlu::test
