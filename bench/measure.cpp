@@ -1,7 +1,8 @@
-// Runs commands in turn and prints the median of what each used: its own processor time, without that of the programs
-// it started, and its peak memory.
+// Runs commands in turn and prints the median of what each used: processor and wall time in milliseconds, and peak
+// memory in kilobytes. The processor time is the command's own, or with --family that of the programs it started as
+// well. Before each run comes, unmeasured, the shell line that --before gives.
 //
-//   bench-measure RUNS COMMAND_A … -- COMMAND_B …
+//   bench-measure [--family] [--before LINE] RUNS COMMAND_A … -- COMMAND_B …
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -38,7 +39,20 @@ double ownCpu(pid_t pid) {
   return nanoseconds / 1e6;
 }
 
-Run measure(const std::vector<char*>& command) {
+double milliseconds(const timeval& time) {
+  return 1e3 * static_cast<double>(time.tv_sec) + 1e-3 * static_cast<double>(time.tv_usec);
+}
+
+struct Options {
+  bool family = false;
+  const char* before = nullptr;
+};
+
+Run measure(const std::vector<char*>& command, const Options& options) {
+  if (options.before != nullptr && std::system(options.before) != 0) {
+    std::fprintf(stderr, "%s failed\n", options.before);
+    std::exit(1);
+  }
   Run run;
   const double start = now();
   const pid_t pid = fork();
@@ -57,6 +71,7 @@ Run measure(const std::vector<char*>& command) {
   rusage usage{};
   wait4(pid, &status, 0, &usage);
   run.peak = usage.ru_maxrss;
+  if (options.family) run.cpu = milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime);
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
     std::fprintf(stderr, "%s ended with status %d\n", command[0], status);
     std::exit(1);
@@ -79,12 +94,18 @@ double medianOf(const std::vector<Run>& runs, Field field) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 3) {
-    std::fputs("usage: bench-measure RUNS COMMAND_A … [-- COMMAND_B …]\n", stderr);
+  Options options;
+  int first = 1;
+  for (; first < argc && argv[first][0] == '-'; ++first) {
+    if (std::strcmp(argv[first], "--family") == 0) options.family = true;
+    if (std::strcmp(argv[first], "--before") == 0 && first + 1 < argc) options.before = argv[++first];
+  }
+  if (argc < first + 2) {
+    std::fputs("usage: bench-measure [--family] [--before LINE] RUNS COMMAND_A … [-- COMMAND_B …]\n", stderr);
     return 2;
   }
   std::vector<std::vector<char*>> commands(1);
-  for (int index = 2; index < argc; ++index) {
+  for (int index = first + 1; index < argc; ++index) {
     if (std::strcmp(argv[index], "--") == 0) {
       commands.back().push_back(nullptr);
       commands.emplace_back();
@@ -93,11 +114,11 @@ int main(int argc, char** argv) {
     }
   }
   commands.back().push_back(nullptr);
-  const int runs = std::atoi(argv[1]);
+  const int runs = std::atoi(argv[first]);
   std::vector<std::vector<Run>> results(commands.size());
   for (int run = -1; run < runs; ++run) {  // the first of each isn't counted
     for (std::size_t index = 0; index < commands.size(); ++index) {
-      const Run result = measure(commands[index]);
+      const Run result = measure(commands[index], options);
       if (run >= 0) results[index].push_back(result);
     }
   }

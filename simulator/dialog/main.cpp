@@ -1,4 +1,5 @@
-// Dialog without a window: a prompt takes its answer from a file, a progress window lives until it is told to quit.
+// Dialog: a prompt takes its answer from a file or from a person at a window; a progress window lives until it is told
+// to quit.
 
 #include <fmt/format.h>
 #include <sys/resource.h>
@@ -10,7 +11,10 @@
 #include <vector>
 
 #include "simulator/dialog/answers.h"
+#include "simulator/dialog/command.h"
 #include "simulator/dialog/command_file.h"
+#include "simulator/dialog/prompt.h"
+#include "simulator/dialog/window_library.h"
 #include "simulator/host/call_log.h"
 #include "simulator/host/host_clock.h"
 
@@ -19,38 +23,12 @@ namespace {
 using namespace vorlu::simulator;
 
 constexpr const char* answersPath = "/private/var/db/dialog-answers";
-constexpr int timerRanOut = 4;
-constexpr int quitByCommand = 5;
-constexpr int noDisplay = 20;
-
-struct Prompt {
-  std::string commandFile;
-  double timer = 0;  // seconds; 0 without one
-  bool button1 = false;
-  bool button1Disabled = false;
-  bool button2 = false;
-
-  bool canBeAnswered() const { return (button1 && !button1Disabled) || button2; }
-};
-
-Prompt parse(const std::vector<std::string>& arguments) {
-  Prompt prompt;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    const std::string value = i + 1 < arguments.size() ? arguments[i + 1] : "";
-    if (arguments[i] == "--commandfile") prompt.commandFile = value;
-    if (arguments[i] == "--timer") prompt.timer = std::atof(value.c_str());
-    if (arguments[i] == "--button1text") prompt.button1 = true;
-    if (arguments[i] == "--button1disabled") prompt.button1Disabled = true;
-    if (arguments[i] == "--button2text") prompt.button2 = true;
-  }
-  return prompt;
-}
 
 // True when "quit:" came before `seconds` had gone by.
 bool waitForQuit(CommandFile& commands, double seconds) {
   bool quit = false;
   macSleep(seconds, [&] {
-    for (const auto& line : commands.newLines()) quit = quit || line.starts_with("quit:");
+    for (const auto& line : commands.newLines()) quit = quit || parseCommand(line).kind == Command::Kind::quit;
     return quit;
   });
   return quit;
@@ -70,13 +48,13 @@ int answerPrompt(const Prompt& prompt, CommandFile& commands) {
     crash(*none == NoAnswer::runOut ? "the answers have run out" : "the answer could not be taken or read");
   }
   const Answer answer = std::get<Answer>(taken);
-  const double wait = answer.exitCode == timerRanOut ? prompt.timer : answer.wait;
-  return waitForQuit(commands, wait) ? quitByCommand : answer.exitCode;
+  const double wait = answer.exitCode == ending::timerRanOut ? prompt.timer : answer.wait;
+  return waitForQuit(commands, wait) ? ending::quit : answer.exitCode;
 }
 
-int showWindow(const Prompt& prompt, CommandFile& commands) {
+int pretendWindow(const Prompt& prompt, CommandFile& commands) {
   const double life = prompt.timer > 0 ? prompt.timer : std::numeric_limits<double>::infinity();
-  return waitForQuit(commands, life) ? quitByCommand : timerRanOut;
+  return waitForQuit(commands, life) ? ending::quit : ending::timerRanOut;
 }
 
 }  // namespace
@@ -84,8 +62,15 @@ int showWindow(const Prompt& prompt, CommandFile& commands) {
 int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   logCall("Dialog", arguments);
-  const Prompt prompt = parse(arguments);
+  if (arguments.empty()) {
+    // Opened like an application, or brought forward a moment too late.
+    fmt::print(stderr, "Dialog: there is nothing to show\n");
+    return ending::quit;
+  }
+  std::vector<std::string> complaints;
+  const Prompt prompt = parsePrompt(arguments, complaints);
+  for (const auto& complaint : complaints) fmt::print(stderr, "Dialog: {}\n", complaint);
   CommandFile commands(prompt.commandFile);
-  if (access(answersPath, F_OK) != 0) return noDisplay;
-  return prompt.canBeAnswered() ? answerPrompt(prompt, commands) : showWindow(prompt, commands);
+  if (access(answersPath, F_OK) != 0) return showInWindow(prompt, commands);
+  return prompt.canBeAnswered() ? answerPrompt(prompt, commands) : pretendWindow(prompt, commands);
 }

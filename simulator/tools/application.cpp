@@ -25,12 +25,6 @@ std::string withoutEnding(std::string name) {
   return name;
 }
 
-// "/Applications/Foo.app" of "/Applications/Foo.app/Contents/MacOS/Foo"; empty outside a bundle.
-std::string bundleOf(const std::string& program) {
-  const std::size_t contents = program.rfind(".app/Contents/MacOS/");
-  return contents == std::string::npos ? "" : program.substr(0, contents + bundleEnding.size());
-}
-
 std::vector<std::string> applicationFolders() {
   std::vector<std::string> folders = {"/Applications", "/System/Applications"};
   std::error_code error;
@@ -44,6 +38,11 @@ std::vector<std::string> applicationFolders() {
 }
 
 }  // namespace
+
+std::string bundleOf(const std::string& program) {
+  const std::size_t contents = program.rfind(".app/Contents/MacOS/");
+  return contents == std::string::npos ? "" : program.substr(0, contents + bundleEnding.size());
+}
 
 std::optional<Application> applicationAt(const std::string& path) {
   std::error_code error;

@@ -15,6 +15,9 @@ struct Application {
   std::string program;  ///< "{path}/Contents/MacOS/{CFBundleExecutable}"
 };
 
+/// "/Applications/Foo.app" of "/Applications/Foo.app/Contents/MacOS/Foo"; empty for a program outside a bundle.
+std::string bundleOf(const std::string& program);
+
 /// The bundle at `path`; nothing when there is no bundle with a program.
 std::optional<Application> applicationAt(const std::string& path);
 

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "simulator/host/forward_request.h"
 #include "simulator/tools/application.h"
 #include "simulator/tools/tool.h"
 
@@ -18,8 +19,9 @@ namespace vorlu::simulator {
 namespace {
 
 struct Request {
-  bool newInstance = false;  // -n
-  std::string application;   // -a
+  bool newInstance = false;   // -n
+  bool inBackground = false;  // -g
+  std::string application;    // -a
   Arguments items;
   Arguments forTheProgram;  // --args
 };
@@ -37,7 +39,7 @@ std::optional<Request> parse(const Arguments& arguments) {
     } else if (argument == "-n") {
       request.newInstance = true;
     } else if (argument == "-g" || argument == "-j" || argument == "-F") {
-      continue;  // where the window stands: there is none
+      request.inBackground = request.inBackground || argument == "-g";
     } else if (argument.starts_with("-")) {
       return std::nullopt;
     } else {
@@ -84,7 +86,12 @@ int startDetached(const std::string& program, const Arguments& arguments) {
 }
 
 int openApplication(const Application& application, const Request& request) {
-  if (!request.newInstance && !processesOf(application).empty()) return 0;
+  const auto running = processesOf(application);
+  if (!request.newInstance && !running.empty()) {
+    if (!request.inBackground)
+      for (const auto& process : running) askForward(process.pid);
+    return 0;
+  }
   const int error = startDetached(application.program, request.forTheProgram);
   if (error == 0) return 0;
   fmt::print(stderr, "The application {} could not be launched because its executable could not be started: {}\n",
@@ -122,7 +129,9 @@ int runOpen(const Arguments& arguments) {
     return status;
   }
   const bool isPath = request->application.find('/') != std::string::npos;
-  const auto application = isPath ? applicationAt(request->application) : applicationNamed(request->application);
+  const std::string bundle = bundleOf(request->application);  // a program stands for the bundle that it is in
+  const auto application =
+      isPath ? applicationAt(bundle.empty() ? request->application : bundle) : applicationNamed(request->application);
   if (!application) {
     fmt::print(stderr, "Unable to find application named '{}'\n", request->application);
     return 1;

@@ -20,8 +20,11 @@ namespace {
 constexpr std::size_t kernelNameLength = 15;  // Linux cuts a process name here
 
 std::string readFile(const std::string& path) {
+  // A process may end while its files are read: that is an error of the stream, which an iterator would throw.
   std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
 }
 
 std::string baseName(const std::string& path) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "refserver/host_clock.h"
 #include "refserver/sample_data.h"
 #include "seal/keys.h"
 #include "seal/site_file.h"
@@ -22,36 +23,30 @@ std::string baseUrl() {
   return fmt::format("http://127.0.0.1:{}", port);
 }
 
-/// The SHA-256 that a program has printed first on its last line.
-std::string digestIn(const Outcome& outcome) {
+/// The digest with which a program's output begins.
+std::string digestBy(const std::vector<std::string>& command) {
+  const Outcome outcome = runOnMachine(command);
   EXPECT_EQ(outcome.status, 0) << outcome.output;
-  const std::string line = outcome.output.substr(0, outcome.output.find_last_not_of('\n') + 1);
-  return line.substr(line.rfind('\n') + 1).substr(0, 64);
+  return outcome.output.substr(0, 64);
 }
 
 }  // namespace
 
-AppServer::AppServer(const Hook& hook) {
+AppServer::AppServer(const Hook& hook, const std::string& hostFile) {
   EXPECT_TRUE(refserver::makeSampleData(folder_.path(), baseUrl()).ok());
   refserver::ServerConfig config{folder_.path(), *seal::readSiteFile(VORLU_SITE_FILE),
                                  std::move(*seal::readServerKeys(VORLU_SITE_KEYS))};
   config.port = port;
   config.hook = hook;
+  if (!hostFile.empty()) config.clock = refserver::hostClock(hostFile);
   server_.emplace(std::move(config));
   const auto started = server_->start();
   EXPECT_TRUE(started.ok()) << (started.ok() ? "" : started.error());
 }
 
-std::string AppServer::make(const std::string& name, const std::string& version,
-                            const std::vector<std::string>& options) {
-  std::vector<std::string> command = {sourceFile("simulator/make-app"),
-                                      name,
-                                      version,
-                                      "com.example." + replacedAll(name, " ", ""),
-                                      "--out",
-                                      shelf_.path()};
-  command.insert(command.end(), options.begin(), options.end());
-  const Outcome made = runOnMachine(command);
+std::string AppServer::make(const std::string& name, const std::string& version) {
+  const Outcome made = runOnMachine({sourceFile("simulator/make-app"), name, version,
+                                     "com.example." + replacedAll(name, " ", ""), "--out", shelf_.path()});
   EXPECT_EQ(made.status, 0) << made.output;
   return fmt::format("{}/{}.app", shelf_.path(), name);
 }
@@ -60,17 +55,25 @@ std::string AppServer::pack(const std::string& type, const std::string& file,
                             const std::vector<std::string>& contents) {
   std::vector<std::string> command = {sourceFile("simulator/make-installer"), type, folder_ / ("/files/" + file)};
   command.insert(command.end(), contents.begin(), contents.end());
-  return digestIn(runOnMachine(command));
+  return digestBy(command);
 }
 
 std::string AppServer::serve(const std::string& file, const std::string& bytes) {
   const std::string path = folder_ / ("/files/" + file);
   test::writeFile(path, bytes);
-  return digestIn(runOnMachine({"sha256sum", path}));
+  return digestBy({"sha256sum", path});
 }
 
 void AppServer::setCatalog(const std::vector<AppBlueprints>& entries) {
   test::writeFile(folder_ / "/catalog.json", encodeJson(entries, JsonLayout::pretty));
+}
+
+void AppServer::setManifest(const std::string& json) {
+  test::writeFile(folder_ / "/manifest.json", json);
+}
+
+void AppServer::setTestingCatalog(const std::vector<AppBlueprints>& entries) {
+  test::writeFile(folder_ / "/testing.json", encodeJson(entries, JsonLayout::pretty));
 }
 
 std::string AppServer::urlOf(const std::string& file) {

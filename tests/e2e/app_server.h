@@ -16,10 +16,11 @@ class AppServer {
  public:
   /// `hook` sees each answer before it is sent and may break it.
   using Hook = std::function<void(const refserver::Request& request, refserver::Response& response)>;
-  explicit AppServer(const Hook& hook = {});
+  /// With a host file the server follows that Mac's clock.
+  explicit AppServer(const Hook& hook = {}, const std::string& hostFile = "");
 
   /// Makes an application "com.example.NAME", without blanks, on the shelf and gives its path on this machine.
-  std::string make(const std::string& name, const std::string& version, const std::vector<std::string>& options = {});
+  std::string make(const std::string& name, const std::string& version);
   /// Packs items into an installer that is served as /files/`file`, and returns its SHA-256. `contents` are the
   /// options and items of make-installer.
   std::string pack(const std::string& type, const std::string& file, const std::vector<std::string>& contents);
@@ -27,6 +28,8 @@ class AppServer {
   std::string serve(const std::string& file, const std::string& bytes);
 
   void setCatalog(const std::vector<AppBlueprints>& entries);
+  void setManifest(const std::string& json);
+  void setTestingCatalog(const std::vector<AppBlueprints>& entries);
 
   const std::string& dataFolder() const { return folder_.path(); }
 

@@ -103,12 +103,6 @@ TEST_F(InstallFailures, EachIsToldAndLeavesItsAppAndTheOthersAlone) {
        unreachable("cut", notBegun + "transfer closed with 5000 bytes remaining to read (@)")},
       {"Reset", "zip", serving("reset", "x"), unreachable("reset", notBegun + "Empty reply from server (@)")},
       {"Circle", "zip", serving("circle", "x"), unreachable("circle", notBegun + "too many redirects (@)")},
-      {"Login", "zip", serving("login", "<html>Sign in"),
-       joined(joined({"Error: Could not extract " + paths::downloads +
-                      "/Login-v2.0.zip - bsdtar: Error opening archive: "
-                      "Unrecognized archive format"},
-                     notFound),
-              {removing})},
       {"Damaged",
        "dmg",
        serving("damaged", "no image"),

@@ -14,6 +14,7 @@ namespace vorlu::e2e {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -33,12 +34,24 @@ struct Build {
   std::optional<std::string> AppBlueprints::*url;
   std::optional<std::string> AppBlueprints::*hash;
   std::optional<Texts> AppBlueprints::*nested;
+  std::optional<std::string> AppBlueprints::*script;
+  std::optional<std::string> AppBlueprints::*pattern;
   bool bySignature;
 };
-constexpr Build silicon = {"12", &AppBlueprints::appleSiliconDownloadURL, &AppBlueprints::siliconInstallerHash,
-                           &AppBlueprints::nestedSiliconDownloadFiles, false};
-constexpr Build intel = {"7", &AppBlueprints::intelDownloadURL, &AppBlueprints::intelInstallerHash,
-                         &AppBlueprints::nestedIntelDownloadFiles, true};
+constexpr Build silicon = {"12",
+                           &AppBlueprints::appleSiliconDownloadURL,
+                           &AppBlueprints::siliconInstallerHash,
+                           &AppBlueprints::nestedSiliconDownloadFiles,
+                           &AppBlueprints::siliconDownloadURLCode,
+                           &AppBlueprints::javascriptScrapeSiliconRegex,
+                           false};
+constexpr Build intel = {"7",
+                         &AppBlueprints::intelDownloadURL,
+                         &AppBlueprints::intelInstallerHash,
+                         &AppBlueprints::nestedIntelDownloadFiles,
+                         &AppBlueprints::intelDownloadURLCode,
+                         &AppBlueprints::javascriptScrapeIntelRegex,
+                         true};
 
 /// One app of a type: what packs it besides itself, and what its entry says besides the usual.
 struct TypeCase {
@@ -74,7 +87,11 @@ struct InstallTypes : SimulatedMacTest, testing::WithParamInterface<Build> {
 };
 
 TEST_P(InstallTypes, EachIsUpdatedByTheRealProgram) {
-  AppServer server;
+  AppServer server([](const refserver::Request& request, refserver::Response& response) {
+    if (request.path == "/files/page") response.contentType = "text/html";
+  });
+  server.serve("page",
+               "<script>document.write('<a href=\"" + AppServer::urlOf("zip?a=1&amp;b=2") + "\">here</a>')</script>");
   const auto nest = [](const Texts& items) { return [items](AppBlueprints& app) { app.nestedDownloadFiles = items; }; };
   const auto choose = [](AppBlueprints& app) {
     app.latestVersionMethod = "pkgReceipt";
@@ -88,6 +105,16 @@ TEST_P(InstallTypes, EachIsUpdatedByTheRealProgram) {
     app.nestedDownloadFiles = {"never.pkg"};
     app.*GetParam().nested = {"missing.pkg", "REGEX:^Nest.*[.]pkg$"};
   };
+  const auto byScript = [](AppBlueprints& app) {
+    app.specifyDownloadURL = false;
+    app.*GetParam().script = "if true; then\necho '" + AppServer::urlOf("tbz") + "'\nfi";
+  };
+  const auto byPage = [](AppBlueprints& app) {
+    app.updateWhileRunning = true;
+    app.specifyDownloadURL = false;
+    app.javascriptScrapeURL = AppServer::urlOf("page");
+    app.*GetParam().pattern = "http[^\"]*b=2";
+  };
   const auto findIt = [](AppBlueprints& app) { app.sourceItems = {"REGEX:^Note.*[.]app$"}; };
   const Texts extras = {"--separate", "--unselected", "Extras", "--version", "2.0", server.make("Extras", "2.0")};
   const TypeCase cases[] = {
@@ -96,8 +123,8 @@ TEST_P(InstallTypes, EachIsUpdatedByTheRealProgram) {
       {"dmgWithEULA", "Lawful", {}, {}},
       {"pkgInDMG", "Nest Egg", {}, byProcessor},
       {"pkgInDMGWithEULA", "Ledger", {}, nest({"Ledger.pkg"})},
-      {"zip", "Slides", {}, {}},
-      {"tbz", "Tar Ball", {}, {}},
+      {"zip", "Slides", {}, byPage},
+      {"tbz", "Tar Ball", {}, byScript},
       {"zipInTBZ", "Russian Doll", {}, nest({"Russian Doll.zip"})},
       {"pkgInZIP", "Parcel", {}, nest({"Parcel.pkg"})},
       {"dmgInZIP", "Boxed", {}, nest({"REGEX:[.]dmg$"})},
@@ -120,6 +147,7 @@ TEST_P(InstallTypes, EachIsUpdatedByTheRealProgram) {
   mac.setHost("cpuType", GetParam().cpuType);
   mac.boot();
 
+  ASSERT_EQ(mac.run({"open", "-a", "Slides"}, "alice").status, 0);
   EXPECT_EQ(mac.run({"/usr/local/bin/vorlu", "--update", "check"}).status, 0);
   const std::string log = mac.read("/private/var/log/Vorlu.log");
   for (const std::string& bundle : bundles) EXPECT_EQ(versionOf(mac.path("/Applications/" + bundle)), "2.0") << bundle;
@@ -137,6 +165,7 @@ TEST_P(InstallTypes, EachIsUpdatedByTheRealProgram) {
   Texts sealed = {"tar -xf Downloads/Sealed-v2.0.zip -C Output",
                   "hdiutil convert -quiet Output/Sealed.dmg -format UDTO -o Output/Sealed.cdr",
                   "hdiutil attach -nobrowse Output/Sealed.cdr", "hdiutil detach /Volumes/Sealed"};
+  EXPECT_THAT(log, HasSubstr(": Found download URL: " + AppServer::urlOf("zip?a=1&b=2\n")));
   if (GetParam().bySignature) {
     pixel.insert(pixel.begin(), "pkgutil --check-signature Downloads/Pixel-v2.0.pkg");
     sealed.insert(sealed.end() - 1, "codesign -dv --verbose=4 /Volumes/Sealed/Sealed.app");
@@ -144,6 +173,11 @@ TEST_P(InstallTypes, EachIsUpdatedByTheRealProgram) {
   }
   EXPECT_EQ(callsAbout(mac, "Pixel"), pixel);
   EXPECT_EQ(callsAbout(mac, "Sealed"), sealed);
+  const Texts slides = callsAbout(mac, "Slides");
+  EXPECT_THAT(Texts(slides.end() - 3, slides.end()),
+              ElementsAre("killall Slides", "su alice -c open -a \"/Applications/Slides.app\"",
+                          "open -a /Applications/Slides.app"));
+  EXPECT_EQ(mac.run({"pgrep", "-x", "Slides"}).status, 0) << "open again";
 }
 
 INSTANTIATE_TEST_SUITE_P(Processors, InstallTypes, testing::Values(silicon, intel),

@@ -73,6 +73,7 @@ TEST_F(PipelineFlow, RefusesWhatIsNotSignedAsExpected) {
       {"Example (A)", "Authority=Developer ID Application: Other (B)\n", "Found signature: Other (B)"},
       {"Example (A)", "x: code object is not signed at all\n", "Error: App is not signed"},
       {"Example (A)", "Authority=Software Signing\n", "Verifying signing information..."},
+      {"Example (A)", "Executable=/x/Authority=Any: Example (A)\n", "Verifying signing information..."},
       {"", "Authority=Developer ID Application: \n", "Verifying signing information..."},
       {"", "Authority=Developer ID Application: Example (A)\n", "Found signature: Example (A)"},
   };
@@ -299,17 +300,6 @@ TEST_F(PipelineFlow, NothingOfOneAppReachesTheNext) {
   EXPECT_EQ(vorlu.progress.cancelText, "");
   EXPECT_EQ(update("Unknown"), InstallOutcome::failed);
   EXPECT_THAT(vorlu.updates.failedUpdates, ElementsAre("server.Slides", "Unknown"));
-}
-
-TEST_F(PipelineFlow, CopesWithNamesThatShellsAndPathsMisread) {
-  for (const std::string name :
-       {"My Slides", "$HOME \"x\" `id`", "a;b's & (c)", "Präsentation 😀", "-rf", "REG*EX [x]"}) {
-    addToCatalog(name);
-    install(name);
-    EXPECT_EQ(update(name), InstallOutcome::installed) << name;
-    EXPECT_EQ(installedVersion(name), "2.0") << name;
-    EXPECT_THAT(leftovers(), IsEmpty()) << name;
-  }
 }
 
 TEST_F(PipelineFlow, RunsScriptsAroundTheCopy) {

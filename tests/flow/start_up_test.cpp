@@ -1,5 +1,8 @@
+#include <fmt/format.h>
+
 #include "tests/unit/server/server_fixture.h"
 #include "vorlu/cli/initialise_run.h"
+#include "vorlu/server/key_material.h"
 
 namespace vorlu::test {
 namespace {
@@ -15,7 +18,10 @@ struct StartUpTest : ServerFixture {
     RunDataFile file;
     file.SecretsTimestamp = 5;  // newer than the sample server's
     setRunData(file);
-    mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "", .status = 1});
+    mac.processes.on("/usr/bin/pgrep -x vorlu", {.status = 1, .effect = [this](const Command&) { onSearch(); }});
+    mac.processes.on(ps + "command=", {});
+    mac.processes.on(ps + "ppid= -o user= -o etime= -o comm=",
+                     {.output = "4000 3999 root 00:01 vorlu\n4711 1 root 02:00 /usr/local/bin/vorlu\n"});
   }
   std::optional<int> start(StartUp startUp = {}) {
     return endOf([&] { initialiseRun(*run, startUp); });
@@ -29,6 +35,8 @@ struct StartUpTest : ServerFixture {
     fresh();
   }
   Vorlu* run = nullptr;
+  std::function<void()> onSearch = [] {};
+  const std::string ps = "/bin/ps -Aww -o pid= -o ";
 };
 
 TEST_F(StartUpTest, FetchesKeyMaterialOnceAndIsQuietAfterwards) {
@@ -66,21 +74,38 @@ TEST_F(StartUpTest, RefreshesKeyMaterialOfAnOlderStamp) {
 }
 
 TEST_F(StartUpTest, StopsWhereItCannotGoOn) {
-  const auto expectStop = [this](const char* log, const char* jamf) {
-    freshWithKeys();
-    EXPECT_EQ(start(), 1);
-    EXPECT_EQ(logged(), (Lines{log, "Exiting..."}));
-    EXPECT_EQ(toldJamf(), Lines{jamf});
-    EXPECT_EQ(runData().CurrentRunType.value_or("N/A"), "N/A");
+  mac.processes.onPrefix("zsh: \"/usr/local/bin/vorlu-ui", {});
+  const auto losing = [this](const std::string& path) {
+    onSearch = [this, path] { mac.files.remove(path), mac.files.failWritesFrom(1); };
   };
-  mac.device.system = "10.15.7";
-  expectStop("Error: This version of Vorlu requires at least macOS 11",
-             "Error: Unsupported macOS version detected. Vorlu requires at least macOS 11");
-  mac.device.system = "11.0.0";
-  mac.files.remove(paths::promptComponentReceipt);
-  expectStop("One or more components required by Vorlu were not found",
-             "Error: Vorlu requires components which could not be installed. Please check the network connection and "
-             "try again. For support, contact support@example.com");
+  const std::pair<const char*, std::function<void()>> cases[] = {
+      {"001", [&] { serve("timestamp.json", R"({"timestamp": 1700000000})"), answer("/secrets", 500, ""); }},
+      {"002", [&] { deleteKeychainItems(*run), answer("/secrets", 500, ""); }},
+      {"004", [&] { mac.device.system = "10.15.7"; }},
+      {"005", [&] { answer("/connectivity", 503, ""); }},
+      {"010", [&] { mac.files.remove(paths::promptComponentReceipt); }},
+      {"010", [&] { losing(paths::run); }},
+      {"010", [&] { losing(paths::runData); }},
+      {"003", [&] { mac.processes.on(ps + "command=", {.status = 1}); }},
+  };
+  for (const auto& [code, arrange] : cases) {
+    freshWithKeys();
+    arrange();
+    if (code == std::string("003")) mac.processes.run(commandOf("/bin/ps", {"-Aww", "-o", "pid=", "-o", "command="}));
+    mac.processes.takeCommands();
+    EXPECT_EQ(start({.showProgress = true}), 1) << code;
+    EXPECT_THAT(mac.processes.takeCommands(),
+                testing::Contains(testing::HasSubstr(fmt::format("Error Code: ({})\"", code))));
+    EXPECT_THAT(logged(), testing::Contains("Exiting..."));
+    onSearch = [] {};
+    mac.files.heal();
+    const auto file = loadRunData(mac.files);
+    EXPECT_TRUE(!file || file->CurrentRunType.value_or("N/A") == "N/A") << code;
+    onRequest = nullptr;
+    mac.device.system = "14.5.0";
+    serve("timestamp.json", R"({"timestamp": 1})");
+    mac.write(paths::promptComponentReceipt, "component");
+  }
 }
 
 TEST_F(StartUpTest, YieldsToAnotherAgentWithoutATrace) {

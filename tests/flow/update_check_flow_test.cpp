@@ -17,6 +17,7 @@ class UpdateCheckFlow : public InstallRun {
  protected:
   UpdateCheckFlow() {
     mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "4000\n"});
+    setPreferences("GeneralOptions", "<key>autoUpdate</key><false/>");
     RunDataFile file;
     file.CurrentRunType = "N/A";
     store(file);
@@ -52,7 +53,7 @@ TEST_F(UpdateCheckFlow, HourlyFormInstallsAndSaysWhenItIsDueAgain) {
       joined({"Checking for new updates...", "Updating installed App inventory...", "Update required: Slides v2.0."},
              linesOfUpdate("Slides", hash));
   expected.insert(expected.end() - 3, "Running pre-install scripts...");
-  expected.push_back("Updating installed App inventory...");
+  expected.insert(expected.end(), {"Updating installed App inventory...", "Icon check complete"});
   EXPECT_EQ(messages(), expected);
   EXPECT_EQ(runData().LastCompliant, stored);
   EXPECT_FALSE(vorlu.updates.compliantThisRun);

@@ -122,7 +122,7 @@ std::unique_ptr<RunningProcess> ScriptedProcesses::start(const Command& command)
   Answer answer = answerFor(line);
   lock.unlock();
   if (answer.effect) answer.effect(command);
-  if (answer.print) answer.output = answer.print(command);
+  if (answer.reply) answer.output = answer.reply(command);
   process->result = resultOf(answer, command);
   process->stillRunning = answer.stillRunning;
   return process;

@@ -24,11 +24,11 @@ struct Answer {
   std::string output = {};
   int status = 0;
   std::function<void(const Command&)> effect = {};        ///< runs before the output is handed over
+  std::function<std::string(const Command&)> reply = {};  ///< the output instead, made when the command runs
   std::vector<std::string> pieces = {};                   ///< output in these pieces instead, for streamed reading
   bool timedOut = false;                                  ///< the run was killed by signal 9
   bool starts = true;                                     ///< false: the program can't be started
   std::function<bool()> stillRunning = {};                ///< asked of a started program that is waited for later
-  std::function<std::string(const Command&)> print = {};  ///< makes the output at the moment of the run
 };
 
 /// Child processes that only follow a script. Every command is noted; one without an answer is a test failure. Answers

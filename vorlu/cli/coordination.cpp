@@ -3,19 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <chrono>
-#include <set>
+#include <iterator>
 
-#include "vorlu/cli/agent_wait.h"
-#include "vorlu/cli/kill_duplicate.h"
-#include "vorlu/cli/other_install.h"
-#include "vorlu/cli/run_type_rules.h"
-#include "vorlu/detection/location.h"
+#include "vorlu/cli/coordinator.h"
 #include "vorlu/install/network_quality.h"
 #include "vorlu/state/end_run.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/state/run_type.h"
-#include "vorlu/vorlu.h"
 
 namespace vorlu {
 namespace {
@@ -28,58 +22,8 @@ constexpr Seconds lateStart = 2;          // seconds between the start of a proc
 constexpr int lateStartPolls = 2;         // time for a run type to show
 constexpr int maxRounds = 50;             // each round is bounded by its polls
 constexpr seconds pollGap{5};
-constexpr seconds initialisationGap{10};
-constexpr seconds installEndGap{3};
-constexpr const char* killing = "Killing duplicate Vorlu process...";
 
-enum class Outcome { lookAgain, goOnAlone, goOnBeside, failed };
-
-bool isInstallType(const std::string& runType) {
-  return runType.find("appInstall") != std::string::npos;
-}
-
-/// One process's way through the coordination.
-class Coordinator {
- public:
-  explicit Coordinator(Vorlu& vorlu) : vorlu_(vorlu), requester_(requesterOf(vorlu.modes)) {}
-
-  Coordination run();
-
- private:
-  Duplicates search();
-  std::vector<Duplicate> workingAgents(const Duplicates& found);
-  Outcome settle(const std::vector<Duplicate>& ahead);
-
-  Outcome queueUp(const std::vector<Duplicate>& ahead);
-  Outcome giveUp(const Duplicate& other);
-  Outcome judgeByAge(const Duplicate& other);
-  Outcome request(const Duplicate& other);
-  Outcome awaitInitialisation(const Duplicate& other);
-  Outcome awaitRunType(const Duplicate& other, const RunTypeRule& rule, const std::string& runType);
-  Outcome awaitEnd(const Duplicate& other);
-  Outcome followInstall(const Duplicate& other);
-  Outcome awaitInstallInit(const Duplicate& other, const InstallSubject& app);
-  Outcome awaitInstallRun(const Duplicate& other, const InstallSubject& app);
-  Outcome waitForAppInstall(const Duplicate& other, const InstallSubject& app);
-  Outcome awaitInstallComplete(const Duplicate& other, const InstallSubject& app);
-
-  Outcome kill(const Duplicate& other) { return killed(other, killDuplicate(vorlu_, other)); }
-  Outcome killed(const Duplicate& other, bool ended);
-  Outcome endStuckAgent(const Duplicate& other);
-  void measureNetwork();
-  bool hasGone(const Duplicate& other);
-  template <class Look>
-  WaitEnd poll(int polls, seconds gap, Look look);
-  template <class Stands>
-  WaitEnd pollOther(const Duplicate& other, int polls, Stands stands);
-  std::string requestedName();
-  [[noreturn]] void leave();
-
-  Vorlu& vorlu_;
-  Requester requester_;
-  bool passedQueue_ = false;
-  std::set<pid_t> announced_;
-};
+}  // namespace
 
 Coordination Coordinator::run() {
   for (int round = 0; round < maxRounds; ++round) {
@@ -140,7 +84,7 @@ std::vector<Duplicate> Coordinator::workingAgents(const Duplicates& found) {
   return end == WaitEnd::movedOn ? earlier : std::vector<Duplicate>{};
 }
 
-Outcome Coordinator::settle(const std::vector<Duplicate>& ahead) {
+Coordinator::Outcome Coordinator::settle(const std::vector<Duplicate>& ahead) {
   if (ahead.size() > 1 && !passedQueue_) return queueUp(ahead);
   switch (requester_) {
     case Requester::update:
@@ -156,7 +100,7 @@ Outcome Coordinator::settle(const std::vector<Duplicate>& ahead) {
   return Outcome::goOnBeside;
 }
 
-Outcome Coordinator::queueUp(const std::vector<Duplicate>& ahead) {
+Coordinator::Outcome Coordinator::queueUp(const std::vector<Duplicate>& ahead) {
   for (const Duplicate& agent : ahead)
     if (agent.age >= stuckAge) return endStuckAgent(agent);
   if (isBackground(vorlu_.modes)) {
@@ -183,14 +127,14 @@ Outcome Coordinator::queueUp(const std::vector<Duplicate>& ahead) {
   return Outcome::lookAgain;
 }
 
-Outcome Coordinator::giveUp(const Duplicate& other) {
+Coordinator::Outcome Coordinator::giveUp(const Duplicate& other) {
   Console& console = vorlu_.platform.console;
   console.print(fmt::format("Another instance of Vorlu is already being run by root under proccess ID: {}", other.pid));
   console.print("Exiting...");
   exitProcess(0);
 }
 
-Outcome Coordinator::judgeByAge(const Duplicate& other) {
+Coordinator::Outcome Coordinator::judgeByAge(const Duplicate& other) {
   const auto age = processAge(vorlu_, other.pid);
   if (!age) return Outcome::lookAgain;
   if (*age < youngAge) {
@@ -204,7 +148,7 @@ Outcome Coordinator::judgeByAge(const Duplicate& other) {
         "Please verify the internet connection is stable and try again.",
         installSubject(vorlu_, parseInstallType(runType).identifier).name));
     measureNetwork();
-    vorlu_.log(killing);
+    vorlu_.log(killingText);
     const Outcome outcome = kill(other);
     vorlu_.platform.clock.sleep(seconds(10));
     return outcome;
@@ -212,147 +156,13 @@ Outcome Coordinator::judgeByAge(const Duplicate& other) {
   return *age < stuckAge ? Outcome::goOnBeside : endStuckAgent(other);
 }
 
-Outcome Coordinator::request(const Duplicate& other) {
-  const std::string runType = readRunType(vorlu_);
-  if (runType == "N/A") return awaitInitialisation(other);
-  const RunTypeRule& rule = ruleFor(runType, requester_);
-  if (rule.announcement) vorlu_.log(ruleText(rule.announcement, runType, requester_));
-  switch (rule.action) {
-    case RuleAction::followInstall:
-      return followInstall(other);
-    case RuleAction::yield:
-      exitProcess(0);
-    case RuleAction::cancelOther:
-      vorlu_.log(killing);
-      return kill(other);
-    case RuleAction::wait:
-      return awaitRunType(other, rule, runType);
-    case RuleAction::goOn:
-      break;
-  }
-  vorlu_.modes.standing = Standing::alone;  // let go on: what the other has written isn't a crash's trace
-  return Outcome::goOnAlone;
-}
-
-Outcome Coordinator::awaitInitialisation(const Duplicate& other) {
-  vorlu_.log(fmt::format("Another instance of Vorlu ({}) is initialising, waiting for initialisation to complete...",
-                         other.pid));
-  const WaitEnd end = poll(initialisationPolls, initialisationGap, [&] {
-    const bool stands = readRunType(vorlu_) == "N/A";
-    const Duplicates now = search();
-    const bool there =
-        std::any_of(now.ahead.begin(), now.ahead.end(), [&](const Duplicate& agent) { return agent.pid == other.pid; });
-    return AgentLook{now.searched && !there, stands};
-  });
-  if (end != WaitEnd::expired) return Outcome::lookAgain;
-  vorlu_.log(
-      fmt::format("Killing duplicate Vorlu process ({}) because the initialistation appears to have hung", other.pid));
-  return kill(other);
-}
-
-Outcome Coordinator::awaitRunType(const Duplicate& other, const RunTypeRule& rule, const std::string& runType) {
-  const auto stands = [&] { return readRunType(vorlu_) == runType; };
-  switch (pollOther(other, requestPolls, stands)) {
-    case WaitEnd::gone:
-      return Outcome::lookAgain;
-    case WaitEnd::movedOn:
-      if (rule.movedOn) vorlu_.log(ruleText(rule.movedOn, runType, requester_));
-      // A run that has ended its flow isn't initialising another.
-      return rule.movedOn || readRunType(vorlu_) == "N/A" ? awaitEnd(other) : Outcome::lookAgain;
-    case WaitEnd::expired:
-      break;
-  }
-  vorlu_.log(ruleText(rule.overdue, runType, requester_));
-  if (rule.measuresNetwork) measureNetwork();
-  if (rule.tellsOfKill) vorlu_.log(killing);
-  return kill(other);
-}
-
-Outcome Coordinator::awaitEnd(const Duplicate& other) {
-  const WaitEnd end = pollOther(other, requestPolls, [] { return true; });
-  if (end == WaitEnd::gone) return Outcome::lookAgain;
-  vorlu_.log(killing);
-  return kill(other);
-}
-
-Outcome Coordinator::followInstall(const Duplicate& other) {
-  Outcome outcome = Outcome::lookAgain;
-  std::string announced;
-  while (outcome == Outcome::lookAgain && !hasGone(other)) {
-    const std::string runType = readRunType(vorlu_);
-    if (!isInstallType(runType)) return runType == "N/A" ? awaitEnd(other) : outcome;
-    const OtherInstall install = parseInstallType(runType);
-    const InstallSubject app = installSubject(vorlu_, install.identifier);
-    if (announced != app.name) {
-      vorlu_.log(
-          fmt::format("An install for {0} is already running. The requested {1} will be queued until the {0} "
-                      "install is complete. Please wait...",
-                      app.name, requestedName()));
-      announced = app.name;
-    }
-    switch (install.phase) {
-      case InstallPhase::initialising:
-        outcome = awaitInstallInit(other, app);
-        break;
-      case InstallPhase::running:
-        return awaitInstallRun(other, app);
-      case InstallPhase::complete:
-        return awaitInstallComplete(other, app);
-    }
-  }
-  return outcome;
-}
-
-Outcome Coordinator::awaitInstallInit(const Duplicate& other, const InstallSubject& app) {
-  const auto stands = [&] {
-    const std::string runType = readRunType(vorlu_);
-    return isInstallType(runType) && parseInstallType(runType).phase == InstallPhase::initialising;
-  };
-  if (pollOther(other, installPhasePolls, stands) != WaitEnd::expired) return Outcome::lookAgain;
-  vorlu_.log(
-      fmt::format("Error: Another install was requested for {}, but the install failed to initialise. Killing "
-                  "duplicate Vorlu process...",
-                  app.name));
-  return kill(other);
-}
-
-Outcome Coordinator::awaitInstallRun(const Duplicate& other, const InstallSubject& app) {
-  const std::string runType = readRunType(vorlu_);
-  const WaitEnd end = pollOther(other, requestPolls, [&] { return readRunType(vorlu_) == runType; });
-  return end == WaitEnd::gone ? Outcome::lookAgain : waitForAppInstall(other, app);
-}
-
-Outcome Coordinator::waitForAppInstall(const Duplicate& other, const InstallSubject& app) {
-  vorlu_.log(fmt::format("The {} install has reached the run phase.", app.name));
-  vorlu_.log(fmt::format("Checking if {} is installed...", app.name));
-  const std::string path = app.entry ? locateApp(vorlu_, *app.entry) : "";
-  if (!path.empty()) vorlu_.log(fmt::format("{} was found at path: {}", app.name, path));
-  const WaitEnd end = poll(installEndPolls, installEndGap, [&] { return AgentLook{hasGone(other), true}; });
-  if (end == WaitEnd::gone) return Outcome::lookAgain;
-  vorlu_.log(
-      path.empty()
-          ? fmt::format("Error: The {} appears to have hung. Cancelling install and killing duplicate process...",
-                        app.name)
-          : fmt::format("Error: The {} install completed but the Vorlu process appears to be stuck. Killing duplicate "
-                        "process...",
-                        app.name));
-  return killed(other, killHungInstall(vorlu_, other));
-}
-
-Outcome Coordinator::awaitInstallComplete(const Duplicate& other, const InstallSubject& app) {
-  if (pollOther(other, installPhasePolls, [] { return true; }) == WaitEnd::gone) return Outcome::lookAgain;
-  vorlu_.log(
-      fmt::format("Killing duplicate Vorlu process ({}) as the {} has install already completed", other.pid, app.name));
-  return kill(other);
-}
-
-Outcome Coordinator::killed(const Duplicate& other, bool ended) {
+Coordinator::Outcome Coordinator::killed(const Duplicate& other, bool ended) {
   if (ended) return Outcome::lookAgain;
   vorlu_.log(fmt::format("Error: The Vorlu process {} could not be stopped", other.pid));
   return Outcome::failed;
 }
 
-Outcome Coordinator::endStuckAgent(const Duplicate& other) {
+Coordinator::Outcome Coordinator::endStuckAgent(const Duplicate& other) {
   vorlu_.log(
       fmt::format("Error: Duplicate Vorlu process (Pid: {}, RunType: {}) has been running for 3 or more hours. "
                   "Killing Duplicate process...",
@@ -368,39 +178,11 @@ void Coordinator::measureNetwork() {
   if (!capacity.empty()) vorlu_.log(fmt::format("Downlink capacity: {}", capacity));
 }
 
-/// A younger process with the same id is another one.
-bool Coordinator::hasGone(const Duplicate& other) {
-  const auto age = processAge(vorlu_, other.pid);
-  return !age || *age < other.age;
-}
-
-/// Looks every `gap` until the wait is over.
-template <class Look>
-WaitEnd Coordinator::poll(int polls, seconds gap, Look look) {
-  AgentWait wait(polls);
-  do {
-    vorlu_.platform.clock.sleep(gap);
-  } while (!wait.step(look()));
-  return wait.end();
-}
-
-template <class Stands>
-WaitEnd Coordinator::pollOther(const Duplicate& other, int polls, Stands stands) {
-  return poll(polls, pollGap, [&] { return AgentLook{hasGone(other), stands()}; });
-}
-
-std::string Coordinator::requestedName() {
-  if (requester_ == Requester::selfService) return "update";
-  return installSubject(vorlu_, vorlu_.modes.requestedApp).name;
-}
-
 /// A yield writes no run data.
 void Coordinator::leave() {
   vorlu_.log("Exiting...");
   exitProcess(0);
 }
-
-}  // namespace
 
 Coordination coordinateInstances(Vorlu& vorlu) {
   const bool letGoOn = vorlu.modes.letGoOn && vorlu.modes.standing == Standing::alone;

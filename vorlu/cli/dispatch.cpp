@@ -11,17 +11,22 @@
 #include "vorlu/cli/console_io.h"
 #include "vorlu/cli/first_install.h"
 #include "vorlu/cli/initialise_run.h"
+#include "vorlu/cli/recurring_run.h"
 #include "vorlu/detection/find_app.h"
 #include "vorlu/detection/update_check.h"
 #include "vorlu/install/component_update.h"
 #include "vorlu/install/install_command.h"
 #include "vorlu/install/self_update.h"
+#include "vorlu/policy/forced_update_flow.h"
+#include "vorlu/policy/scheduled_update_flow.h"
+#include "vorlu/policy/test_update_flow.h"
 #include "vorlu/policy/update_check_flow.h"
 #include "vorlu/reporting/report.h"
 #include "vorlu/server/key_material.h"
 #include "vorlu/server/signed_request.h"
 #include "vorlu/state/agent_version.h"
 #include "vorlu/state/end_run.h"
+#include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -150,7 +155,9 @@ void testUpdates(Vorlu& vorlu, const Arguments& arguments) {
     printUsage(vorlu);
     return;
   }
-  endWithoutFlow(vorlu, "-ut testblueprints");
+  vorlu.modes.testingBlueprints = true;
+  initialiseRun(vorlu, {});
+  testUpdateFlow(vorlu);
 }
 
 void checkForNewUpdates(Vorlu& vorlu) {
@@ -175,6 +182,28 @@ void updateAgent(Vorlu& vorlu) {
   endRun(vorlu, 0);
 }
 
+void promptForUpdates(Vorlu& vorlu, const std::string& form) {
+  vorlu.modes.updateMode = true;
+  initialiseRun(vorlu, {});
+  scheduledUpdateFlow(vorlu, form);
+  endRun(vorlu, vorlu.modes.runExitStatus);
+}
+
+void updateFromSelfService(Vorlu& vorlu, const std::string& form) {
+  vorlu.modes.selfServiceMode = true;
+  setCurrentRunType(vorlu, "selfServiceInit");
+  initialiseRun(vorlu, {});
+  scheduledUpdateFlow(vorlu, form);
+  endRun(vorlu, vorlu.modes.runExitStatus);
+}
+
+void forceUpdates(Vorlu& vorlu) {
+  vorlu.modes.forcedMode = true;
+  announceForcedUpdates(vorlu);
+  initialiseRun(vorlu, {});
+  forcedUpdateFlow(vorlu);
+}
+
 void update(Vorlu& vorlu, const Arguments& arguments) {
   const std::string& subArgument = requireSubArgument(vorlu, arguments, {"-u", "--update"});
   static constexpr std::array forms = {"-force",      "force", "prompt", "testprompt", "timerprompt",
@@ -186,11 +215,15 @@ void update(Vorlu& vorlu, const Arguments& arguments) {
     return;
   }
   requireRoot(vorlu, rootForUpdates);
+  if (form == "force" || form == "-force") return forceUpdates(vorlu);
   if (form == "check") {
     checkForNewUpdates(vorlu);
     return;
   }
   if (form == "self") return updateAgent(vorlu);
+  if (form == "run") recurringRun(vorlu);
+  if (form == "selfservice") return updateFromSelfService(vorlu, form);
+  if (form == "prompt" || form == "testprompt" || form == "timerprompt") return promptForUpdates(vorlu, form);
   endWithoutFlow(vorlu, fmt::format("--update {}", form));
 }
 

@@ -4,7 +4,7 @@
 
 #include "vorlu/cli/entry.h"
 #include "vorlu/platform/linux/linux_platform.h"
-#include "vorlu/platform/linux/linux_processes.h"
+#include "vorlu/platform/linux/termination.h"
 #include "vorlu/vorlu.h"
 
 int main(int argc, char** argv) {

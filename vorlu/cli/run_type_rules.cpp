@@ -17,9 +17,6 @@ bool contains(std::string_view text, std::string_view part) {
 bool isUpdateMechanism(std::string_view type) {
   return contains(type, "scheduledUpdate") || contains(type, "forcedUpdate");
 }
-bool isInstall(std::string_view type) {
-  return contains(type, "appInstall");
-}
 bool isSelfService(std::string_view type) {
   return contains(type, "selfService");
 }
@@ -57,7 +54,7 @@ bool anything(std::string_view /*type*/) {
 }
 
 const std::array<RunTypeRule, 11> rules{{
-    {isInstall, anyone, RuleAction::followInstall, nullptr},
+    {isInstallType, anyone, RuleAction::followInstall, nullptr},
     {isSelfService, selfServices, RuleAction::yield, "Another Self Service update is already running. Exiting..."},
     {is<selfServiceInit>, installs, RuleAction::wait,
      "Another instance of Vorlu is currently initialising a Self Service update check. The {request} request has been "
@@ -128,6 +125,10 @@ std::string ruleText(const char* text, std::string_view runType, Requester reque
                      fmt::arg("type", contains(runType, "forcedUpdate") ? "forced update" : "scheduled update"),
                      fmt::arg("flag", flagOf(runType)),
                      fmt::arg("request", requester == Requester::selfService ? "update" : "install"));
+}
+
+bool isInstallType(std::string_view runType) {
+  return contains(runType, "appInstall");
 }
 
 OtherInstall parseInstallType(std::string_view runType) {

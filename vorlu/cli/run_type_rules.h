@@ -46,6 +46,9 @@ const RunTypeRule& ruleFor(std::string_view runType, Requester requester);
 /// A rule's text for a run type and a requester.
 std::string ruleText(const char* text, std::string_view runType, Requester requester);
 
+/// Whether a run type is one of an install.
+bool isInstallType(std::string_view runType);
+
 enum class InstallPhase { initialising, running, complete };
 /// What a run type that contains "appInstall" says.
 struct OtherInstall {

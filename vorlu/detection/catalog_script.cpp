@@ -51,9 +51,10 @@ std::string interpreterOf(string_view script) {
   return "/bin/zsh";
 }
 
-/// Shebangs mean nothing after a join, and an early exit would cut the joined line.
+/// Shebangs mean nothing after a join, an early exit would cut the joined line, and nothing but blanks between two
+/// semicolons is an error to bash and sh.
 bool isDropped(string_view line) {
-  return line.empty() || contains(line, "#!/bin/") || contains(line, "exit 0") || contains(line, "exit 1");
+  return trimmed(line).empty() || contains(line, "#!/bin/") || contains(line, "exit 0") || contains(line, "exit 1");
 }
 
 std::string joinedLines(string_view script) {

@@ -27,7 +27,7 @@ struct UpdateState {
   std::vector<ApplicationInventory> skippedUpdates;  ///< in use at the last full pass
   std::vector<std::string> forcedApps;               ///< names of apps that a forced update of this run has handled
   std::vector<std::string> failedUpdates;            ///< `serverName` of failed applications, each once
-  std::vector<std::string> failedAppNames;           ///< `appName` of what failed in the last update run
+  std::vector<std::string> failedAppNames;           ///< `appName` of what failed in the last pass or update run
   std::vector<std::string> updatesInstalled;         ///< `appName` of what succeeded
   int currentUpdateNumber = 0;
 
@@ -35,5 +35,13 @@ struct UpdateState {
   bool hourlyCheckRan = false;  ///< by the hourly job of `--update run`
   bool updatesRan = false;      ///< the scheduled flow updated something, or tried to
 };
+
+/// Keeps the name among those that failed, each once.
+void noteFailedUpdate(UpdateState& updates, const std::string& serverName);
+/// An update that went through takes back what an earlier attempt of this run noted.
+void noteUpdate(UpdateState& updates, const std::string& serverName, const std::string& appName);
+
+/// Whether a forced update of this run has handled the app.
+bool wasForced(const UpdateState& updates, const ApplicationInventory& app);
 
 }  // namespace vorlu

@@ -69,11 +69,24 @@ void recoverOldCopy(FileManager& files) {
     files.remove(paths::dialogBundle), files.move(setAside, paths::dialogBundle);
 }
 
+/// A package without a usable bundle leaves its receipt all the same, which must not tell of a version that isn't
+/// there.
+void restoreReceipt(FileManager& files, const Result<std::string>& receipt) {
+  if (receipt)
+    files.writeAtomically(paths::promptComponentReceipt, *receipt, {0644, "root", "wheel"});
+  else
+    files.remove(paths::promptComponentReceipt);
+}
+
 bool replaceBundle(Vorlu& vorlu, const std::string& package) {
   FileManager& files = vorlu.platform.files;
+  const Result<std::string> receipt = files.read(paths::promptComponentReceipt);
   if (files.exists(paths::dialogBundle) && !files.move(paths::dialogBundle, setAside)) return false;
   const bool installed = installPackage(vorlu, package, "", false, false) && files.exists(paths::dialogProgram);
-  if (!installed) files.remove(paths::dialogBundle);
+  if (!installed) {
+    files.remove(paths::dialogBundle);
+    restoreReceipt(files, receipt);
+  }
   recoverOldCopy(files);
   return installed;
 }

@@ -14,10 +14,14 @@ namespace {
 
 constexpr std::string_view volumes = "/Volumes";
 
-ProcessResult hdiutil(Vorlu& vorlu, std::vector<std::string> arguments) {
+/// An image that is being attached must be known to be detached; a stop of the agent waits so long for either.
+constexpr std::chrono::seconds mountGrace{10};
+
+ProcessResult hdiutil(Vorlu& vorlu, std::vector<std::string> arguments, std::chrono::seconds grace) {
   Command command;
   command.program = "/usr/bin/hdiutil";
   command.arguments = std::move(arguments);
+  command.grace = grace;
   return runTool(vorlu.platform.processes, vorlu.log, command);
 }
 
@@ -41,13 +45,13 @@ void reportMountFailure(Vorlu& vorlu, const std::string& output) {
   });
   lines.feed(output);
   lines.finish();
-  if (!told) vorlu.log(trimmed(output));
+  if (const std::string text = trimmed(output); !told && !text.empty()) vorlu.log(text);
   vorlu.log("Please ensure disk image mounting is not restricted and try again");
 }
 
 void attach(Vorlu& vorlu, const std::string& path) {
   vorlu.log("Mounting disk image...");
-  const ProcessResult result = hdiutil(vorlu, {"attach", "-nobrowse", path});
+  const ProcessResult result = hdiutil(vorlu, {"attach", "-nobrowse", path}, mountGrace);
   vorlu.progress.mountPoint = volumeIn(result.output);
   if (vorlu.progress.mountPoint.empty())
     reportMountFailure(vorlu, result.output);
@@ -63,7 +67,7 @@ bool convertImage(Vorlu& vorlu, const std::string& path) {
   const std::string target = replacedAll(path, ".dmg", ".cdr");
   // An image that an earlier run converted may come from another download of the same name.
   if (target != path) files.remove(target);
-  const ProcessResult result = hdiutil(vorlu, {"convert", "-quiet", path, "-format", "UDTO", "-o", target});
+  const ProcessResult result = hdiutil(vorlu, {"convert", "-quiet", path, "-format", "UDTO", "-o", target}, {});
   if (result.timedOut && target != path) files.remove(target);  // it isn't whole
   if (!files.exists(target)) {
     vorlu.log("Error: Disk image could not be converted to a mountable format");
@@ -86,7 +90,7 @@ bool mountImage(Vorlu& vorlu, const std::string& path, bool showProgress) {
 }
 
 void detachImage(Vorlu& vorlu, const std::string& mountPoint) {
-  const std::string said = trimmed(hdiutil(vorlu, {"detach", mountPoint}).output);
+  const std::string said = trimmed(hdiutil(vorlu, {"detach", mountPoint}, mountGrace).output);
   if (!said.empty()) vorlu.log(said);
 }
 

@@ -10,6 +10,7 @@
 #include "vorlu/install/install_permission.h"
 #include "vorlu/install/install_window.h"
 #include "vorlu/install/pipeline.h"
+#include "vorlu/install/placement.h"
 #include "vorlu/install/progress_bar.h"
 #include "vorlu/install/server_call_limit.h"
 #include "vorlu/install/version_mismatch.h"
@@ -44,12 +45,7 @@ void enterPhase(Install& install, std::string_view phase) {
   setCurrentRunType(vorlu, "N/A");
   vorlu.log(fmt::format("Error: Specified App \"{}\" was not found in the Vorlu App catalog.", install.identifier));
   vorlu.log("Please refer to the \"Installation Format\" column in the App Catalog for the correct App format.");
-  if (install.showProgress) {
-    tellCancelled(vorlu,
-                  "The installation was cancelled because the specified App was not found in the App catalog. For "
-                  "assistance, please contact the IT Helpdesk",
-                  Overlay::none);
-  }
+  if (install.showProgress) tellCancelled(vorlu, CancelReason::notInCatalog, install.identifier);
   endRun(vorlu, 1);
 }
 
@@ -84,9 +80,7 @@ void selectApp(Install& install) {
       "Error: User initiated a {0} install, but {0} is not included in the list of approved Apps", appName));
   if (install.showProgress) {
     vorlu.log("Informing user...");
-    tellCancelled(vorlu, fmt::format("{} installs have not been enabled\\n\\nPlease contact your administrator and "
-                                     "request approval for this App",
-                                     appName));
+    tellCancelled(vorlu, CancelReason::notEnabled, appName);
   }
   runJamfInventory(vorlu);
   endRun(vorlu, 1);
@@ -120,9 +114,7 @@ void refuseReinstall(Install& install) {
   setCurrentRunType(vorlu, "N/A");
   if (install.showProgress) {
     vorlu.log("Informing user...");
-    tellCancelled(vorlu, fmt::format("The installation was cancelled because {0} is already installed. To reinstall, "
-                                     "first quit {0} and move it to trash",
-                                     install.appName));
+    tellCancelled(vorlu, CancelReason::alreadyInstalled, install.appName);
   }
   endRun(vorlu, 1);
 }
@@ -204,8 +196,7 @@ void closeWindow(Install& install, const std::string& text) {
     closeWindow(install, fmt::format("{} Install Failed ❌", install.appName));
     writeDialogCommand(vorlu, "quit:");
     vorlu.log("Displaying install failure message to the user...");
-    tellFailed(vorlu,
-               fmt::format("The {} install failed. For assistance, please contact the IT helpdesk", install.appName));
+    tellCancelled(vorlu, CancelReason::installFailed, install.appName);
   }
   runJamfInventory(vorlu);
   endRun(vorlu, 1);
@@ -226,6 +217,7 @@ void tellSuccess(Install& install, const std::string& path) {
 void installApp(Vorlu& vorlu, const std::string& identifier, bool showProgress) {
   Install install{vorlu, identifier, showProgress, "", ""};
   setCurrentRunType(vorlu, "appInstalls");
+  recoverPlacement(vorlu);  // an app that a killed run has moved aside is no missing one
   selectApp(install);
   enterPhase(install, "Init");
   requirePermission(install);

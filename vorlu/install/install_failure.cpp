@@ -148,7 +148,7 @@ const FailureRow& failureRow(InstallFailure failure) {
 
 void recordInstallFailure(InstallJob& job) {
   job.vorlu.progress.installFailed = true;
-  if (job.request.recordFailure) job.vorlu.updates.failedUpdates.push_back(job.serverName);
+  if (job.request.recordFailure) noteFailedUpdate(job.vorlu.updates, job.serverName);
 }
 
 InstallOutcome fail(InstallJob& job, InstallFailure failure) {

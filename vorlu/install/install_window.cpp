@@ -6,7 +6,6 @@
 #include "vorlu/install/progress_bar.h"
 #include "vorlu/install/running_apps.h"
 #include "vorlu/prompts/app_icon.h"
-#include "vorlu/prompts/cancel_prompt.h"
 #include "vorlu/prompts/completion_prompt.h"
 #include "vorlu/prompts/progress_window.h"
 #include "vorlu/prompts/prompt_icons.h"
@@ -51,12 +50,7 @@ void publishWindow(Vorlu& vorlu) {
   writeWatchReceipt(vorlu, receipt);
 }
 
-void tell(Vorlu& vorlu, const std::string& title, const std::string& message, Overlay overlay) {
-  CancelPrompt prompt;
-  prompt.title = title;
-  prompt.message = message;
-  prompt.icon = errorIconOr(vorlu, chooseDialogIcon(vorlu, vorlu.preferences.scheduled().customIcon));
-  if (overlay == Overlay::shown) prompt.overlayIcon = overlayIcon(vorlu);
+void show(Vorlu& vorlu, CancelPrompt prompt) {
   prompt.position = position(vorlu);
   showCancelPrompt(vorlu, prompt);
 }
@@ -93,12 +87,19 @@ void closeCancelledWindow(Vorlu& vorlu, int ticks) {
   clock.sleep(seconds(1));
 }
 
-void tellCancelled(Vorlu& vorlu, const std::string& message, Overlay overlay) {
-  tell(vorlu, "Install Cancelled", message, overlay);
+void tellCancelled(Vorlu& vorlu, CancelReason reason, const std::string& appName) {
+  CancelPrompt prompt = prepareCancelPrompt(vorlu, reason, appName);
+  if (reason != CancelReason::notInCatalog) prompt.overlayIcon = overlayIcon(vorlu);
+  show(vorlu, prompt);
+  if (reason != CancelReason::notInCatalog) return;
+  writeDialogCommand(vorlu, "quit:");
+  vorlu.platform.clock.sleep(seconds(1));
 }
 
-void tellFailed(Vorlu& vorlu, const std::string& message) {
-  tell(vorlu, "Error: Install Failed", message, Overlay::shown);
+void tellCancelled(Vorlu& vorlu, const std::string& reason) {
+  CancelPrompt prompt = prepareCancelPrompt(vorlu, reason);
+  prompt.overlayIcon = overlayIcon(vorlu);
+  show(vorlu, prompt);
 }
 
 void offerLaunch(Vorlu& vorlu, const std::string& path) {

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "vorlu/prompts/cancel_prompt.h"
+
 namespace vorlu {
 
 struct Vorlu;
@@ -13,13 +15,10 @@ void openInstallWindow(Vorlu& vorlu);
 /// Shows in the window that the install was cancelled, after this many last ticks of the bar, and closes it.
 void closeCancelledWindow(Vorlu& vorlu, int ticks);
 
-/// Whether a prompt of an install shows the overlay icon.
-enum class Overlay { shown, none };
-
-/// Tells the user why the install was cancelled, and waits until the prompt is closed.
-void tellCancelled(Vorlu& vorlu, const std::string& message, Overlay overlay = Overlay::shown);
-/// The same for an install that left no app.
-void tellFailed(Vorlu& vorlu, const std::string& message);
+/// Tells the user why there is no new app, and waits until the prompt is closed.
+void tellCancelled(Vorlu& vorlu, CancelReason reason, const std::string& appName);
+/// The same in these words.
+void tellCancelled(Vorlu& vorlu, const std::string& reason);
 
 /// Tells that the selected app was installed at `path`, and opens it if the user wants to.
 void offerLaunch(Vorlu& vorlu, const std::string& path);

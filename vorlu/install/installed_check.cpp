@@ -5,6 +5,8 @@
 #include <algorithm>
 
 #include "vorlu/detection/installed_version.h"
+#include "vorlu/detection/processor.h"
+#include "vorlu/detection/version.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -77,6 +79,14 @@ bool verifyInstalledVersion(Vorlu& vorlu, const std::string& path, const std::st
   }
   vorlu.log(fmt::format("{} was successfully updated from version {} to {}", displayName, previousVersion, version));
   return true;
+}
+
+bool isLatestInstalled(Vorlu& vorlu) {
+  const CurrentApp& app = vorlu.currentApp;
+  if (app.installedPath.empty()) return false;
+  const std::string version = readInstalledVersion(vorlu, versionSource(vorlu, app.installedPath));
+  const std::string& latest = effectiveLatestVersion(app, processor(vorlu.platform.device));
+  return version != "Unknown" && compareVersions(latest, version) != 1;
 }
 
 }  // namespace vorlu

@@ -11,4 +11,7 @@ struct Vorlu;
 bool verifyInstalledVersion(Vorlu& vorlu, const std::string& path, const std::string& previousVersion,
                             const std::string& displayName);
 
+/// Whether the selected app is installed in the version that the catalog has, or a newer one.
+bool isLatestInstalled(Vorlu& vorlu);
+
 }  // namespace vorlu

@@ -19,6 +19,7 @@
 #include "vorlu/install/remove_downloads.h"
 #include "vorlu/install/running_apps.h"
 #include "vorlu/install/sleep_assertion.h"
+#include "vorlu/platform/termination.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/vorlu.h"
 
@@ -117,6 +118,10 @@ InstallOutcome skipAppInUse(InstallJob& job) {
 StageEnd considerRunningApp(InstallJob& job) {
   const InstallRequest& request = job.request;
   Vorlu& vorlu = job.vorlu;
+  if (request.cacheOnly) {
+    allowIdleSleep(vorlu);
+    return InstallOutcome::inUse;
+  }
   if (request.checkRunning) {
     const bool goesOn = vorlu.currentApp.updateWhileRunning;
     if (!goesOn) vorlu.log(fmt::format("Checking if {} is running....", request.appName));
@@ -197,9 +202,16 @@ InstallOutcome runInstallPipeline(Vorlu& vorlu, const InstallRequest& request) {
   const IdleSleepHold awake(vorlu, fmt::format("Initialising {} {}", request.appName, request.operationLabel));
   describeJob(job);
 
-  for (const auto stage : {checkConditions, ensureCacheDirectory, obtainInstaller, considerRunningApp, prepareInstaller,
-                           installItems, finishInstall, checkInstalledVersion, cleanUp}) {
-    if (const StageEnd end = stage(job)) return *end;
+  try {
+    for (const auto stage : {checkConditions, ensureCacheDirectory, obtainInstaller, considerRunningApp,
+                             prepareInstaller, installItems, finishInstall, checkInstalledVersion, cleanUp}) {
+      vorlu.platform.processes.throwIfTerminated();
+      if (const StageEnd end = stage(job)) return *end;
+    }
+  } catch (const Terminated&) {
+    job.images.detachAll();
+    if (vorlu.platform.files.exists(paths::output)) emptyOutput(vorlu);
+    throw;
   }
   return InstallOutcome::installed;
 }

@@ -18,9 +18,14 @@ struct InstallRequest {
   bool writeProgress = false;       ///< progress lines though not interactive
   bool checkRunning = false;        ///< leave an application in use alone
   bool suppressInUseNotice = false;
+  bool cacheOnly = false;  ///< fetch the installer and leave every app for a later run, as if it were in use
 };
 
-enum class InstallOutcome { installed, inUse, failed };
+enum class InstallOutcome {
+  installed,
+  inUse,  ///< left alone, with its installer in the cache
+  failed,
+};
 
 /// Takes one application from a newer version in the catalog to a checked install. Blocks until it has finished. The
 /// outcome is this app's alone; `progress` and `updates` hold the process-wide results as well.

@@ -5,6 +5,7 @@
 
 #include "vorlu/install/network_quality.h"
 #include "vorlu/install/progress_bar.h"
+#include "vorlu/platform/termination.h"
 #include "vorlu/state/dialog_command.h"
 #include "vorlu/vorlu.h"
 
@@ -107,7 +108,13 @@ void runWithTicker(Vorlu& vorlu, const std::function<void()>& work, const std::f
   });
   std::future<void> ticked;
   try {
-    ticked = vorlu.progress.tickerQueue.submit(ticker);
+    ticked = vorlu.progress.tickerQueue.submit([&ticker] {
+      try {
+        ticker();
+      } catch (const Terminated&) {
+        // How far the work came is the work's to say.
+      }
+    });
   } catch (...) {
     worked.wait();  // it uses what the caller owns
     throw;

@@ -108,7 +108,8 @@ std::string readPackageSignature(Vorlu& vorlu, const std::string& path) {
 
 std::string readCodeSignature(Vorlu& vorlu, const std::string& path) {
   const std::string output = runSignatureTool(vorlu, "/usr/bin/codesign", {"-dv", "--verbose=4", path});
-  static const auto authority = RegularExpression::compile("(Authority=.*:.*(.*))");
+  // From the line's beginning: the lines above name a program and an identifier, and whoever made them chose the names.
+  static const auto authority = RegularExpression::compile("^(Authority=.*:.*(.*))");
   for (const std::string& line : nonEmptyLines(output)) {
     const auto match = authority ? authority->firstMatch(trimmed(line)) : std::nullopt;
     const auto signature = match ? secondPart(*match) : std::nullopt;

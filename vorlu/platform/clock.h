@@ -33,6 +33,7 @@ class Clock {
   virtual ~Clock() = default;
 
   virtual Seconds now() = 0;
+  /// Throws `Terminated` when the agent is asked to end meanwhile.
   virtual void sleep(std::chrono::milliseconds duration) = 0;
 
   /// NSDateFormatter with locale "en_US_POSIX" in the Mac's zone; `pattern` is an ICU date pattern.

@@ -20,6 +20,9 @@ struct Command {
   bool mergeStandardError = true;      ///< standard error into the same pipe; otherwise it is discarded
   /// Longest run; then the program and all it started are killed.
   std::chrono::seconds limit = std::chrono::minutes(30);
+  /// How long it may go on, or even begin, once the agent has been asked to end. For what may not be cut in the middle
+  /// and for what releases something; the latter runs in scopes that may not throw.
+  std::chrono::seconds grace{0};
   /// Receives the output as it arrives, in pieces of any size; when set, `ProcessResult::output` stays empty.
   std::function<void(std::string_view)> onOutput;
   std::size_t outputCap = std::size_t{16} << 20;  ///< bytes kept; what comes after is read and dropped
@@ -43,7 +46,8 @@ class RunningProcess {
   virtual ProcessResult wait() = 0;
 };
 
-/// Child processes. Stands for NSTask and kill.
+/// Child processes. Stands for NSTask and kill. `run`, `launch` and a wait throw `Terminated` once the agent has been
+/// asked to end; a child that runs at that moment is killed with all it started, one that was launched lives on.
 class Processes {
  public:
   virtual ~Processes() = default;
@@ -54,6 +58,8 @@ class Processes {
   virtual std::unique_ptr<RunningProcess> start(const Command& command) = 0;
   /// Starts and leaves running, without a pipe; the child outlives the agent. Its process id, or nothing.
   virtual std::optional<pid_t> launch(const Command& command) = 0;
+  /// For steps between which nothing waits: throws `Terminated` once the agent has been asked to end.
+  virtual void throwIfTerminated() {}
   virtual bool signal(pid_t pid, int signal) = 0;
   /// Whether a process with this id exists (kill with signal 0).
   virtual bool isAlive(pid_t pid) = 0;

@@ -43,7 +43,8 @@ struct DownloadReply {
 };
 
 /// HTTP and HTTPS. Stands for NSURLSession's data and download tasks. TLS 1.2 or newer with peer and host checks, at
-/// most 10 redirects, none from https to http; headers stay with their host.
+/// most 10 redirects, none from https to http; headers stay with their host. Both throw `Terminated` when the agent is
+/// asked to end.
 class UrlSession {
  public:
   virtual ~UrlSession() = default;

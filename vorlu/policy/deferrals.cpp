@@ -117,17 +117,25 @@ DeferralSetUp deferralSetUp(DeferralMode mode, const std::optional<RunDataFile>&
   return DeferralSetUp::keep;
 }
 
-void prepareDeferralState(Vorlu& vorlu) {
+void resolveDeferralLimit(Vorlu& vorlu) {
   const DeferralMode mode = configuredMode(vorlu);
   if (mode == DeferralMode::limited) {
     vorlu.runData.deferralLimitText = std::to_string(preferences(vorlu).specifyLimit);
   } else if (mode != DeferralMode::other) {
     vorlu.runData.deferralLimitText = "N/A";
   }
+}
+
+void prepareDeferralState(Vorlu& vorlu) {
+  const DeferralMode mode = configuredMode(vorlu);
+  resolveDeferralLimit(vorlu);
   applySetUp(vorlu, deferralSetUp(mode, readRunData(vorlu)));
   const auto file = readRunData(vorlu);
   const std::string count = file ? file->DeferCount.value_or(countWithoutRunData) : countWithoutRunData;
-  vorlu.runData.deferCountRemaining() = parseCount(count);
+  auto& left = vorlu.runData.deferCountRemaining();
+  left = parseCount(count);
+  // A reset that couldn't be stored counts in this run all the same.
+  if (!left) left = parseCount(vorlu.runData.deferralLimitText);
   logConfiguration(vorlu, mode);
 }
 
@@ -146,15 +154,16 @@ void recordDeferral(Vorlu& vorlu) {
   endAfterPrompt(vorlu);
 }
 
-void recordAbnormalPromptExit(Vorlu& vorlu, const std::string& exitText) {
+void recordAbnormalPromptExit(Vorlu& vorlu, const std::string& exitText, PromptDeath death) {
   vorlu.log(fmt::format("Error: The update prompt quit unexpectedly. Exit code: {}", exitText));
   setCurrentRunType(vorlu, "N/A");
-  if (configuredMode(vorlu) == DeferralMode::limited) {
+  const bool counts = death == PromptDeath::countsAsDeferral;
+  if (counts && configuredMode(vorlu) == DeferralMode::limited) {
     updateRunData(vorlu, RunDataSelector::deferralUsed);
     vorlu.log.logForJamf(fmt::format("The update prompt quit unexpectedly with exit code {}. The defer count is now {}",
                                      exitText, vorlu.runData.deferCountRemaining().value_or(0)));
   } else {
-    updateRunData(vorlu, RunDataSelector::deferralNotApplicable);
+    if (counts) updateRunData(vorlu, RunDataSelector::deferralNotApplicable);
     vorlu.log.logForJamf(fmt::format("The update prompt quit unexpectedly with exit code {}.", exitText));
   }
   endAfterPrompt(vorlu);

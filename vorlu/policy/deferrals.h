@@ -30,13 +30,21 @@ enum class DeferralSetUp {
 /// `file` is empty when run data can't be read.
 DeferralSetUp deferralSetUp(DeferralMode mode, const std::optional<RunDataFile>& file);
 
+/// Settles the text that a reset stores: the limit, or "N/A" where the profile knows no limit.
+void resolveDeferralLimit(Vorlu& vorlu);
+
 /// Sets up the deferral state of a run before any prompt: the text that a reset stores, a stored count that fits the
 /// mode, and `runData.deferCountRemaining()`. Logs what is configured and left.
 void prepareDeferralState(Vorlu& vorlu);
 
 /// The user chose to defer: counts it, dates compliance back by 15 days, tells Jamf Pro and ends the process with 0.
 [[noreturn]] void recordDeferral(Vorlu& vorlu);
-/// The initial prompt died with this exit text: counts like a deferral, and ends the process with 0.
-[[noreturn]] void recordAbnormalPromptExit(Vorlu& vorlu, const std::string& exitText);
+/// What the death of a prompt costs its user.
+enum class PromptDeath {
+  countsAsDeferral,
+  countsNothing,  ///< in Self Service, which leaves the stored state alone
+};
+/// The initial prompt died with this exit text: ends the process with 0.
+[[noreturn]] void recordAbnormalPromptExit(Vorlu& vorlu, const std::string& exitText, PromptDeath death);
 
 }  // namespace vorlu

@@ -6,7 +6,6 @@
 #include "vorlu/prompts/completion_prompt.h"
 #include "vorlu/prompts/console_session.h"
 #include "vorlu/prompts/failure_prompt.h"
-#include "vorlu/prompts/prompt_position.h"
 #include "vorlu/state/end_run.h"
 #include "vorlu/state/forced_receipt.h"
 #include "vorlu/state/random_number.h"
@@ -28,11 +27,8 @@ void relaunch(Vorlu& vorlu, const ForcedMark& mark) {
 }
 
 void tellUser(Vorlu& vorlu, const ForcedSight& sight) {
-  const ForcedUpdatesPrefs& preferences = vorlu.preferences.forced();
-  if (!preferences.displayCompletePrompt) return;
-  showCompletePrompt(vorlu,
-                     UpdateCompletePrompt{sight.completeMessage, sight.icon,
-                                          validatedPromptPosition(vorlu.log, preferences.updateProgressPosition)});
+  if (!vorlu.preferences.forced().displayCompletePrompt) return;
+  showCompletePrompt(vorlu, UpdateCompletePrompt{sight.completeMessage, sight.icon, sight.position});
 }
 
 void delayNextCalls(Vorlu& vorlu) {

@@ -12,6 +12,7 @@ struct Vorlu;
 struct ForcedSight {
   std::string completeMessage;
   std::string icon;
+  std::string position;  ///< of the window and the prompts
   bool wasQuit = false;  ///< this run has quit the app
 };
 

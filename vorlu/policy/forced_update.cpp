@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "vorlu/detection/find_app.h"
 #include "vorlu/detection/update_check.h"
@@ -20,6 +20,7 @@
 #include "vorlu/prompts/initial_prompt.h"
 #include "vorlu/state/end_run.h"
 #include "vorlu/state/forced_receipt.h"
+#include "vorlu/state/replacement.h"
 #include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
 
@@ -82,21 +83,26 @@ bool passesRunLimits(Vorlu& vorlu) {
 }
 
 AcceptableUseLines acceptableUseLines(const std::string& appName) {
-  const std::string skipped = fmt::format("Forced {} update skipped due to ", appName);
+  const auto forApp = [&appName](std::string_view line) { return replacedAll(line, "{appName}", appName); };
   return {
       "None of the DND Apps are in the foreground.",
       "No DND Application Assertions are configured for forced updates.",
       "Found configured DND Application assertions: {apps}",
       {"The following configured DND App(s) are in the foreground, the update will be skipped with no user prompts: "
        "{apps}",
-       skipped + "the following configured DND App(s) being in the foreground: {apps}"},
+       forApp("Forced {appName} update skipped due to the following configured DND App(s) being in the foreground: "
+              "{apps}")},
       {"The following configured DND Assertion App(s) are using assertions, the update will be skipped with no user "
        "prompts: {apps}",
-       skipped + "the following configured DND Assertion App(s) using assertions: {apps}"},
-      {"The camera is in use.", skipped + "the camera being in use when attempting to prompt the user."},
+       forApp("Forced {appName} update skipped due to the following configured DND Assertion App(s) using "
+              "assertions: {apps}")},
+      {"The camera is in use.",
+       forApp("Forced {appName} update skipped due to the camera being in use when attempting to prompt the user.")},
       {"DND mode is active. Skipping update prompt",
        "Update skipped due to DND mode being in use when attempting to prompt the user."},
-      {"Screen Sharing is in use.", skipped + "screen sharing being in use when attempting to prompt the user."}};
+      {"Screen Sharing is in use.",
+       forApp("Forced {appName} update skipped due to screen sharing being in use when attempting to prompt the "
+              "user.")}};
 }
 
 bool passesAcceptableUse(Vorlu& vorlu, const ForcedMark& mark) {
@@ -107,6 +113,7 @@ bool passesAcceptableUse(Vorlu& vorlu, const ForcedMark& mark) {
 }
 
 bool mayGoOn(Vorlu& vorlu, const ForcedMark& mark) {
+  if (wasForced(vorlu.updates, mark.update)) return false;  // marked twice: the user has answered already
   return passesDeferralPeriod(vorlu, mark) && passesRunLimits(vorlu) && passesAcceptableUse(vorlu, mark);
 }
 
@@ -191,14 +198,17 @@ ForcedOutcome updateInFrontOfUser(Vorlu& vorlu, ForcedMark& mark) {
     vorlu.log(fmt::format("{} is in use, but there is no user to ask. The update has to wait", mark.appName), silent);
     return ForcedOutcome::heldBack;
   }
+  const UpdateRunSettings settings = updateRunSettings(vorlu, UpdateRunKind::forced);
   ForcedSight sight;
+  sight.position = settings.position;
   sight.icon = resolveAppIcon(vorlu, mark.update);
   const UpdatePrompt prompt = preparePrompt(vorlu, mark, sight.icon);
   sight.completeMessage = prompt.completeMessage;
   if (!userAgrees(vorlu, mark, prompt)) return ForcedOutcome::deferred;
   sight.wasQuit = isSelectedAppRunning(vorlu, mark.update.installedPath, mark.appName);
-  runUpdateWithProgress(vorlu, {mark.update}, UpdateRunKind::forced);
-  return finish(vorlu, mark, vorlu.updates.failedAppNames.empty(), &sight);
+  runUpdateWithProgress(vorlu, {mark.update}, UpdateRunKind::forced, settings);
+  const bool failed = !std::exchange(vorlu.updates.failedAppNames, {}).empty();  // no failure of the scheduled flow
+  return finish(vorlu, mark, !failed, &sight);
 }
 
 /// An app that isn't in use is updated without a word to the user.

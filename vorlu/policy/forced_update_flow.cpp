@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "vorlu/install/placement.h"
 #include "vorlu/policy/forced_update.h"
 #include "vorlu/state/forced_receipt.h"
 #include "vorlu/state/paths.h"
@@ -44,6 +45,7 @@ void forcedUpdateFlow(Vorlu& vorlu) {
     return;
   }
   setCurrentRunType(vorlu, "forcedUpdateRequired");
+  recoverPlacement(vorlu);  // an app that a killed run has moved aside is no missing one
   for (const std::string& item : items) {
     if (const auto app = markedApp(item)) processForcedReceipt(vorlu, *app);
   }

@@ -10,8 +10,16 @@
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
+namespace {
 
-void showCheckingPrompt(Vorlu& vorlu, const std::string& dialogIcon) {
+using std::chrono::milliseconds;
+
+constexpr milliseconds timeToClose{3000};
+constexpr milliseconds betweenLooks{200};
+
+}  // namespace
+
+std::optional<pid_t> showCheckingPrompt(Vorlu& vorlu, const std::string& dialogIcon) {
   DialogCommand command;
   command.word("--height", 185)
       .word("--width", 400)
@@ -28,13 +36,20 @@ void showCheckingPrompt(Vorlu& vorlu, const std::string& dialogIcon) {
       .flag("--ignorednd")
       .flag("--moveable")
       .text("--listitem", texts::pleaseWait);
-  launchPrompt(vorlu, command);
+  const auto prompt = launchPrompt(vorlu, command);
   vorlu.platform.clock.sleep(std::chrono::seconds(1));
   writeDialogCommand(vorlu, fmt::format("listitem: {}: wait", texts::pleaseWait));
+  return prompt;
 }
 
-void closeCheckingPrompt(Vorlu& vorlu) {
+void closeCheckingPrompt(Vorlu& vorlu, const std::optional<pid_t>& prompt) {
   writeDialogCommand(vorlu, "quit:");
+  if (!prompt) return;
+  for (milliseconds waited{0}; waited < timeToClose; waited += betweenLooks) {
+    if (!vorlu.platform.processes.isAlive(*prompt)) return;
+    vorlu.platform.clock.sleep(betweenLooks);
+  }
+  killPrompts(vorlu);
 }
 
 }  // namespace vorlu

@@ -118,15 +118,15 @@ PromptExit runDialogCommand(Vorlu& vorlu, const DialogCommand& command, Foregrou
   const ProcessResult result =
       refresh == ForegroundRefresh::everyMinute ? waitWithRefresh(vorlu, *prompt) : prompt->wait();
   logToolFailure(vorlu.log, shell, result);
-  return readPromptExit(result.output);
+  return readPromptExit(result.timedOut ? "" : result.output);  // a killed prompt has agreed to nothing
 }
 
 void runUnansweredPrompt(Vorlu& vorlu, const DialogCommand& command) {
   runTool(vorlu.platform.processes, vorlu.log, shellCommandOf(command.line(), command.timerSeconds()));
 }
 
-void launchPrompt(Vorlu& vorlu, const DialogCommand& command) {
-  vorlu.platform.processes.launch(shellCommand(command.foregroundLine()));
+std::optional<pid_t> launchPrompt(Vorlu& vorlu, const DialogCommand& command) {
+  return vorlu.platform.processes.launch(shellCommand(command.foregroundLine()));
 }
 
 void killPrompts(Vorlu& vorlu) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -67,8 +69,9 @@ PromptExit runDialogCommand(Vorlu& vorlu, const DialogCommand& command,
 /// Shows a prompt whose answer means nothing and waits for its end.
 void runUnansweredPrompt(Vorlu& vorlu, const DialogCommand& command);
 
-/// Shows a prompt that lives on by itself, beyond the agent's end. Its answer isn't read.
-void launchPrompt(Vorlu& vorlu, const DialogCommand& command);
+/// Shows a prompt that lives on by itself, beyond the agent's end. Its answer isn't read. Gives the process that ends
+/// with the prompt, nothing when it couldn't be started.
+std::optional<pid_t> launchPrompt(Vorlu& vorlu, const DialogCommand& command);
 
 /// Closes every prompt, whatever its command file says.
 void killPrompts(Vorlu& vorlu);

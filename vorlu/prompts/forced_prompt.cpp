@@ -14,9 +14,7 @@ MessageWords messageWords(const ForcedPromptInput& input, const ForcedUpdatesPre
   words.appNames = {input.app.name};
   words.deferCount = input.deferrals.value_or(0);
   words.updateButton = textOr(prefs.customUpdateButton, texts::update);
-  const std::string count = std::to_string(words.deferCount);
-  words.deferButton = withWordsReplaced(textOr(prefs.customDeferButton, texts::deferWithCount),
-                                        {{"{deferCount}", count}, {"deferCount", count}});
+  words.deferButton = countedDeferButton(prefs.customDeferButton, words.deferCount);
   words.gracePeriod = formatMinutes(usableGraceMinutes(input.graceMinutes));
   return words;
 }

@@ -78,6 +78,12 @@ std::string promptMessage(const std::optional<std::string>& custom, const std::s
   return withWordsReplaced(ownText, ownWords(words));
 }
 
+std::string countedDeferButton(const std::optional<std::string>& custom, std::int64_t deferCount) {
+  const std::string count = std::to_string(deferCount);
+  if (custom && !custom->empty()) return withWordsReplaced(*custom, {{"deferCount", count}});
+  return withWordsReplaced(texts::deferWithCount, {{"{deferCount}", count}});
+}
+
 std::string textOr(const std::optional<std::string>& custom, const std::string& otherwise) {
   return custom && !custom->empty() ? *custom : otherwise;
 }

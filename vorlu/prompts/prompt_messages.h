@@ -35,7 +35,12 @@ std::string graceText(const MessageCase& which);
 
 /// The message that is shown: the administrator's text with its bare words replaced, or else `ownText` with its words
 /// in braces. An empty custom text counts as none. `appName` is a word only where there is one app.
-std::string promptMessage(const std::optional<std::string>& custom, const std::string& ownText, const MessageWords& words);
+std::string promptMessage(const std::optional<std::string>& custom, const std::string& ownText,
+                          const MessageWords& words);
+
+/// The defer button where deferrals are counted: the administrator's text with its `deferCount` replaced, or "Defer
+/// (2)".
+std::string countedDeferButton(const std::optional<std::string>& custom, std::int64_t deferCount);
 
 /// A preference's text; an empty one counts as none.
 std::string textOr(const std::optional<std::string>& custom, const std::string& otherwise);

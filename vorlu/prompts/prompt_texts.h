@@ -32,15 +32,19 @@ inline constexpr auto no = "No";
 
 // The initial prompt, one app.
 inline constexpr auto initialOneAppSelfService =
-    R"(**{appName}** must quit in order to install an important update. Please save your work and click **{updateButton}**\n\n)"
-    R"(If it is not convenient to update right now, you can **Skip** the update and come back at a time of your convenience\n\n)"
+    R"(**{appName}** must quit in order to install an important update. Please save your work and click )"
+    R"(**{updateButton}**\n\n)"
+    R"(If it is not convenient to update right now, you can **Skip** the update and come back at a time of your )"
+    R"(convenience\n\n)"
     R"(We will also remind you about the update later)";
 inline constexpr auto initialOneAppWithLimit =
-    R"(**{appName}** must quit in order to install an important update. Please save your work and click **{updateButton}**\n\n)"
+    R"(**{appName}** must quit in order to install an important update. Please save your work and click )"
+    R"(**{updateButton}**\n\n)"
     R"(If updating now is not convenient, you may **Defer** and be reminded later. {shortAdvice}\n\n)"
     R"(**Deferrals Remaining: ({deferCount})**)";
 inline constexpr auto initialOneApp =
-    R"(**{appName}** must quit in order to install an important update. Please save your work and click **{updateButton}**\n\n)"
+    R"(**{appName}** must quit in order to install an important update. Please save your work and click )"
+    R"(**{updateButton}**\n\n)"
     R"(If updating now is not convenient, you may **Defer** and be reminded later\n\n{oneAppAdvice})";
 
 // Several apps: the head, then the paragraphs of the case.
@@ -60,7 +64,8 @@ struct ListEnding {
   const char* text;
 };
 inline constexpr auto scrollEnding =
-    R"(\n\n**Important**: Use **Scroll** to review the **{count} Apps** listed below which will quit before updating)";
+    R"(\n\n**Important**: Use **Scroll** to review the **{count} Apps** listed below which will quit before )"
+    R"(updating)";
 inline constexpr auto boldCountEnding =
     R"(\n\n**Important:** The **{count} Apps** listed below will quit before updating)";
 inline constexpr std::array initialListEndings = {
@@ -74,13 +79,17 @@ inline constexpr std::array selfServiceListEndings = {
 
 // The grace period prompt; "without deferrals" is for those who never had any.
 inline constexpr auto graceOneAppWithoutDeferrals =
-    R"(**{appName}** needs to quit to install an important update. Please save your work and click **{updateButton}**\n\n)"
+    R"(**{appName}** needs to quit to install an important update. Please save your work and click )"
+    R"(**{updateButton}**\n\n)"
     R"(The update will start automatically in **{grace}** if you take no action)";
 inline constexpr auto graceOneApp =
-    R"(**{appName}** needs to quit to install an important update. Please save your work and click **{updateButton}**\n\n)"
-    R"(**You have no remaining deferrals**\n\nThe update will start automatically in **{grace}** if you take no action)";
+    R"(**{appName}** needs to quit to install an important update. Please save your work and click )"
+    R"(**{updateButton}**\n\n)"
+    R"(**You have no remaining deferrals**\n\nThe update will start automatically in **{grace}** if you take no )"
+    R"(action)";
 inline constexpr auto graceNamesWithoutDeferrals =
-    R"(\n\nApps that must quit: **{apps}**\n\nPlease save any work and click **{updateButton}** to quit the Apps and update\n\n)"
+    R"(\n\nApps that must quit: **{apps}**\n\nPlease save any work and click **{updateButton}** to quit the Apps )"
+    R"(and update\n\n)"
     R"(If you take no action the Apps will quit automatically after {grace})";
 inline constexpr auto graceNames =
     R"(\n\nApps that must quit: **{apps}**\n\nYou have no remaining deferrals\n\n)"
@@ -89,7 +98,8 @@ inline constexpr auto graceNames =
 inline constexpr auto graceListWithoutDeferrals =
     R"(\n\nThe update will start automatically after {grace} if you take no action)";
 inline constexpr auto graceList =
-    R"(\n\n**You have no remaining deferrals**. The update will start automatically after {grace} if you take no action)";
+    R"(\n\n**You have no remaining deferrals**. The update will start automatically after {grace} if you take no )"
+    R"(action)";
 
 // Forced updates.
 inline constexpr auto forcedTitle = "Urgent Update Required";
@@ -139,7 +149,8 @@ inline constexpr auto unexpectedErrorTitle = "Unexpected Error";
 inline constexpr auto noUpdatesPossible =
     R"(We can't check for updates right now. Please contact the IT helpdesk for assistance\n\nError Code: ({code}))";
 inline constexpr auto noInstallsPossible =
-    R"(We can't run App installations right now. Please contact the IT helpdesk for assistance\n\nError Code: ({code}))";
+    R"(We can't run App installations right now. Please contact the IT helpdesk for assistance\n\nError Code: )"
+    R"(({code}))";
 
 // Installs that came to nothing.
 inline constexpr auto installCancelledTitle = "Install Cancelled";
@@ -147,7 +158,8 @@ inline constexpr auto notInCatalog =
     "The installation was cancelled because the specified App was not found in the App catalog. For assistance, please "
     "contact the IT Helpdesk";
 inline constexpr auto notEnabled =
-    R"({appName} installs have not been enabled\n\nPlease contact your administrator and request approval for this App)";
+    R"({appName} installs have not been enabled\n\nPlease contact your administrator and request approval for this )"
+    R"(App)";
 inline constexpr auto alreadyInstalled =
     "The installation was cancelled because {appName} is already installed. To reinstall, first quit {appName} and "
     "move "

@@ -21,10 +21,8 @@ MessageCase messageCase(const ScheduledPromptInput& input, const ScheduledUpdate
 
 std::string secondButton(const MessageCase& which, const ScheduledUpdatesPrefs& prefs, std::int64_t deferCount) {
   if (which.selfService) return textOr(prefs.customSkipButton, texts::skip);
-  if (!which.deferralLimit) return textOr(prefs.customDeferButton, texts::defer);
-  const std::string count = std::to_string(deferCount);
-  return withWordsReplaced(textOr(prefs.customDeferButton, texts::deferWithCount),
-                           {{"{deferCount}", count}, {"deferCount", count}});
+  if (which.deferralLimit) return countedDeferButton(prefs.customDeferButton, deferCount);
+  return textOr(prefs.customDeferButton, texts::defer);
 }
 
 MessageWords messageWords(Vorlu& vorlu, const ScheduledPromptInput& input, const MessageCase& which,

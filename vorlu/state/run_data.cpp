@@ -82,15 +82,6 @@ void logBoth(Vorlu& vorlu, const std::string& text) {
   vorlu.log.logForJamf(text);
 }
 
-constexpr const char* noDirectory = "Error: The run directory could not be created.";
-constexpr const char* noFile = "Error: The run data plist could not be created.";
-
-/// Logs what couldn't be made and gives the line for Jamf Pro.
-std::string couldNotMake(Vorlu& vorlu, const char* what) {
-  vorlu.log(fmt::format("{} Please contact {} for assistance", what, vorlu.site.supportContact()));
-  return fmt::format("{} The update will be skipped. Please reinstall Vorlu", what);
-}
-
 bool makeRunDirectory(Vorlu& vorlu) {
   FileManager& files = vorlu.platform.files;
   if (files.exists(paths::run)) return true;
@@ -169,14 +160,19 @@ void updateRunData(Vorlu& vorlu, RunDataSelector selector) {
 }
 
 std::optional<std::string> createRunData(Vorlu& vorlu) {
-  if (!makeRunDirectory(vorlu)) return couldNotMake(vorlu, noDirectory);
+  const std::string& contact = vorlu.site.supportContact();
+  if (!makeRunDirectory(vorlu)) {
+    vorlu.log(fmt::format("Error: The run directory could not be created. Please contact {} for assistance", contact));
+    return "Error: The run directory could not be created. The update will be skipped. Please reinstall Vorlu";
+  }
   FileManager& files = vorlu.platform.files;
   if (files.exists(paths::runData)) return std::nullopt;
   vorlu.log("The run data plist was not found");
   writeFirstRunData(vorlu);
   vorlu.platform.clock.sleep(seconds(2));
-  if (!files.exists(paths::runData)) return couldNotMake(vorlu, noFile);
-  return std::nullopt;
+  if (files.exists(paths::runData)) return std::nullopt;
+  vorlu.log(fmt::format("Error: The run data plist could not be created. Please contact {} for assistance", contact));
+  return "Error: The run data plist could not be created. The update will be skipped. Please reinstall Vorlu";
 }
 
 void ensureRunData(Vorlu& vorlu) {

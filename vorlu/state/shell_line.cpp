@@ -31,9 +31,7 @@ std::string insideDoubleQuotes(std::string_view value) {
   std::string quoted;
   for (std::size_t at = 0; at < value.size(); ++at) {
     const char c = value[at];
-    const bool last = at + 1 == value.size();
-    const bool meansNothing = c == '\\' && !last && value[at + 1] != '\n' && !isOneOf(value[at + 1], special);
-    if (isOneOf(c, special) && !meansNothing) quoted += '\\';
+    if (isOneOf(c, special) && value.substr(at, 2) != "\\n") quoted += '\\';
     quoted += c;
   }
   return quoted;

@@ -8,8 +8,8 @@ namespace vorlu {
 /// A value as one word of a shell line: as it is when no shell would change it, else in single quotes.
 std::string shellWord(std::string_view value);
 
-/// A value for a place inside double quotes of a shell line. A backslash that no shell would look at, as in the two
-/// characters `\n`, stays alone.
+/// A value for a place inside double quotes of a shell line. The two characters `\n`, which mean nothing to a shell,
+/// stay as they are.
 std::string insideDoubleQuotes(std::string_view value);
 
 /// A value for a place inside a quoted text of AppleScript.

@@ -10,7 +10,7 @@ TEST(PrepareScript, JoinsTheLinesThatCount) {
     std::string script, interpreter, text;
   } cases[] = {
       {"#!/bin/bash\necho a\nexit 0\n", "/bin/bash", "echo a"},
-      {"#!/bin/sh\r\necho a\r\n\r\necho b", "/bin/sh", "echo a;echo b"},
+      {"#!/bin/sh\r\necho a\r\n\r\n \t\necho b", "/bin/sh", "echo a;echo b"},
       {"echo a", "/bin/zsh", "echo a"},
       {"echo #!/bin/sh\necho #!/bin/bash\necho b", "/bin/bash", "echo b"},
       {"if true; then\necho a\nfi", "/bin/zsh", "if true; then echo a;fi"},

@@ -119,67 +119,45 @@ TEST_F(DownloadTypes, EachIsInstalledAndMovesTheBarByItsSteps) {
                   {"unpack d/Slides-v2.0.zip", "convert o/inner.dmg", "attach o/inner.cdr", "detach"});
 }
 
-TEST_F(DownloadTypes, EachFailureHasItsLinesAndCleansUp) {
+TEST_F(DownloadTypes, EachFailureHasItsReasonAndCleansUp) {
   slides.nestedDownloadFiles = Strings{"REGEX:^inner[.]"};
   const AppBlueprints good = slides;
-  /// `lines` are the last ones before the Mac may sleep again, `reason` stands in the cancel text.
   const auto expectFailure = [&](const char* type, const std::string& reason, const std::function<void()>& arrange,
-                                 const Lines& lines, const Strings& left = {}) {
+                                 const Strings& left = {}) {
     SCOPED_TRACE(std::string(type) + ": " + reason);
     slides = good;
     slides.downloadFileType = type;
     mac.files.remove(paths::downloads);
     arrange();
     EXPECT_EQ(run(false), InstallOutcome::failed);
-    EXPECT_EQ(lastOf(messages(), lines.size() + 1), joined(lines, {"Allowing idle sleep..."}));
     EXPECT_EQ(vorlu.progress.cancelText, "The Slides install was cancelled because " + reason);
     EXPECT_EQ(cachedFiles(), left);
     EXPECT_FALSE(mac.exists(paths::output + "/inner.dmg"));
     EXPECT_FALSE(mac.exists(image)) << "still attached";
     EXPECT_THAT(mac.power.held, IsEmpty());
   };
-  const Lines detached = {"Detaching disk image...", "\"disk4\" ejected.", "Removing downloads..."};
-  const Lines missing = {"Error: No valid installers were found for Slides",
-                         fmt::format("Please contact {} for further assistance", site.supportContact())};
-  const Lines otherSigner = {std::string("Found signature: ") + signedBy,
-                             "Error: The signing information for Slides does not match the expected signing info. "
-                             "Cancelling the update"};
   const auto signedByOther = [&] { slides.verifySignature = true, slides.expectedCodeSignature = "Other"; };
+  const auto nest = [&](const Strings& items) { return [&, items] { slides.nestedDownloadFiles = items; }; };
   const std::string nestedMissing = "the nested installer file could not be found";
 
-  expectFailure("pkg", "the developer could not be verified", signedByOther,
-                joined(otherSigner, {"Removing downloaded items..."}));
-  expectFailure("pkgInDMG", "the developer could not be verified", signedByOther, joined(otherSigner, detached));
-  expectFailure(
-      "pkgInZIP", nestedMissing,
-      [&] {
-        slides.nestedDownloadFiles = {{"REGEX:inner", "missing.pkg"}};
-      },
-      joined(joined({"99.0 percent complete"}, missing), {"Removing downloads..."}));
-  expectFailure(
-      "dmgInZIP", nestedMissing,
-      [&] {
-        slides.nestedDownloadFiles = {{"inner.dmg", "../x"}};
-      },
-      joined(missing, detached));
-  expectFailure(
-      "dmg", "the required install files could not be found", [&] { slides.sourceItems = {{"Other.app"}}; },
-      joined(missing, detached));
-  expectFailure(
-      "dmg", "the installer file could not be verified", [&] { slides.universalInstallerHash = "0"; },
-      joined({"Cancelling the update"}, detached));
+  expectFailure("pkg", "the developer could not be verified", signedByOther);
+  expectFailure("pkgInDMG", "the developer could not be verified", signedByOther);
+  expectFailure("pkgInZIP", nestedMissing, nest({"REGEX:inner", "missing.pkg"}));
+  expectFailure("dmgInZIP", nestedMissing, nest({"inner.dmg", "../x"}));
+  expectFailure("dmg", "the required install files could not be found", [&] { slides.sourceItems = {{"Other.app"}}; });
+  expectFailure("dmg", "the installer file could not be verified", [&] { slides.universalInstallerHash = "0"; });
   expectFailure(
       "dmgWithEULAInZIP",
       "the disk image could not be converted. Please ensure no disk image restrictions are configured and try again",
-      [&] { mac.processes.onPrefix("/usr/bin/hdiutil convert -q", {.output = "", .status = 1}); },
-      {"Error: Disk image could not be converted to a mountable format"}, {"Slides-v2.0.zip"});
+      [&] { mac.processes.onPrefix("/usr/bin/hdiutil convert -q", {.output = "", .status = 1}); }, {"Slides-v2.0.zip"});
   const auto blockChoices = [&] {
     slides.installerChoices = "<plist/>";
     mac.files.remove(paths::output);
     mac.write(paths::output, "a file in the folder's place");
   };
-  expectFailure("pkg", "the required install files could not be written", blockChoices,
-                {"Error: Could not write the required choices XML for the Slides installer. Cancelling the update"});
+  expectFailure("pkg", "the required install files could not be written", blockChoices);
+  EXPECT_THAT(messages(), ::testing::Contains("Error: Could not write the required choices XML for the Slides "
+                                              "installer. Cancelling the update"));
 }
 
 TEST_F(DownloadTypes, ConvertedImageIsMountedThreeTimesAtMost) {

@@ -99,6 +99,7 @@ TEST_F(Placement, SettlesAnotherFolderBeforeItsNoteIsOverwritten) {
 
 TEST_F(Placement, AnotherAgentsCopyIsLeftAlone) {
   mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "777\n"});
+  mac.processes.onPrefix("/bin/ps -Aww ", {.output = "777 1 root 05:00 vorlu\n"});
   mac.write(paths::run + "/placement", "/Applications");
   mac.write("/Applications/.~/new/Slides.app/file", "half");
   recoverPlacement(vorlu);

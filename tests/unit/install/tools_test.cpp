@@ -34,6 +34,7 @@ TEST_F(Tools, MountReadsTheVolumeFromTheOutput) {
   expectMount("hdiutil: attach failed - image not recognized\n", "",
               {"Error mounting disk image: Attach failed - image not recognized", hint});
   expectMount("disk4\t/Volumes\n", "", {"disk4\\t/Volumes", hint});
+  expectMount("", "", {hint});
 }
 
 TEST_F(Tools, ConversionIsJudgedByItsFreshFile) {

@@ -1,6 +1,7 @@
 #include "vorlu/platform/linux/linux_processes.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -8,12 +9,18 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
 #include <thread>
 
 #include "tests/support/scripted_processes.h"
 #include "tests/support/temporary_folder.h"
+#include "vorlu/platform/linux/linux_clock.h"
+#include "vorlu/platform/linux/termination.h"
+#include "vorlu/platform/termination.h"
 
 namespace vorlu::test {
 namespace {
@@ -51,6 +58,9 @@ TEST(LinuxProcesses, ReportsHowAChildEnded) {
   EXPECT_EQ(killed.status, -1);
   EXPECT_EQ(killed.signal, SIGKILL);
   EXPECT_EQ(processes.run(commandOf("/bin/echo", {"a b", "", "$HOME"})).output, "a b  $HOME\n");
+  const auto later = processes.start(script("sleep 0.1; exit 4"));
+  EXPECT_TRUE(later->isRunning());
+  EXPECT_EQ(later->wait().status, 4);
   const auto absent = processes.run(commandOf("/no/such/program"));
   EXPECT_FALSE(absent.started);
   EXPECT_EQ(absent.error, "/no/such/program: No such file or directory");
@@ -135,27 +145,59 @@ TEST(LinuxProcesses, SignalsNeverReachGroups) {
   }
 }
 
-TEST(LinuxProcesses, TerminationKillsTheRunningChild) {
+/// An agent whose threads start children, sleep and hold on to one that has a grace, until it is asked to end.
+[[noreturn]] void waitInAllWays(const std::string& mark, const std::string& graceful) {
+  installSignalHandling();
+  LinuxProcesses processes;
   const TemporaryFolder folder;
-  const pid_t agent = ::fork();
-  ASSERT_GE(agent, 0);
-  if (agent == 0) {
-    installSignalHandling();
-    LinuxProcesses().launch(script("echo $$ > " + (folder / "/launched") + "; exec sleep 60"));
-    LinuxProcesses().run(script("echo $$ > " + (folder / "/run.new") + "; mv " + (folder / "/run.new") + " " +
-                                (folder / "/run") + "; sleep 60"));
-    ::_exit(0);
+  const RootFolder root(folder.path());
+  LinuxHost host(root);
+  LinuxClock clock(host);
+  processes.launch(script("sleep 60; : launched " + mark));
+  Command finishing = script("while ! [ -e " + graceful + ".go ]; do sleep 0.01; done; : > " + graceful);
+  finishing.grace = 30s;
+  std::atomic<int> stopped = 0;
+  const auto untilStopped = [&stopped](auto wait) {
+    return std::thread([&stopped, wait] {
+      try {
+        while (true) wait();
+      } catch (const Terminated&) {
+        ++stopped;
+      }
+    });
+  };
+  std::thread threads[] = {
+      untilStopped([&] { processes.run(script("sleep 60; : " + mark)); }),
+      untilStopped([&] { processes.run(script("setsid sh -c 'sleep 60; : " + mark + "' & wait; : " + mark)); }),
+      untilStopped([&] { processes.run(script(": " + mark)); }),
+      untilStopped([&] { processes.run(finishing), clock.sleep(60s); }),
+      untilStopped([&] { clock.sleep(60s); }),
+  };
+  for (std::thread& thread : threads) thread.join();
+  ::_exit(stopped);
+}
+
+TEST(LinuxProcesses, TerminationAtAnyMomentLeavesOnlyWhatWasLaunched) {
+  const TemporaryFolder folder;
+  for (int moment = 0; moment < 20; ++moment) {
+    const std::string mark = fmt::format("mark-{}-{}", ::getpid(), moment);
+    const std::string graceful = folder / ("/" + mark);
+    const auto named = [&] { return LinuxProcesses().run(commandOf("/usr/bin/pgrep", {"-f", mark + "$"})).output; };
+    const pid_t agent = ::fork();
+    if (agent == 0) waitInAllWays(mark, graceful);
+    for (int i = 0; i < 500 && named().empty(); ++i) std::this_thread::sleep_for(1ms);
+    std::this_thread::sleep_for(moment * 1ms);
+    ::kill(agent, SIGTERM);
+    writeFile(graceful + ".go", "");
+    int status = 0;
+    ASSERT_EQ(::waitpid(agent, &status, 0), agent);
+    EXPECT_TRUE(WIFEXITED(status)) << "by signal " << WTERMSIG(status);
+    EXPECT_EQ(WEXITSTATUS(status), 5) << "every thread was stopped";
+    EXPECT_TRUE(std::filesystem::exists(graceful)) << "what has a grace is finished";
+    const std::string left = named();
+    ASSERT_EQ(std::count(left.begin(), left.end(), '\n'), 1) << left;
+    ::kill(-std::stoi(left), SIGKILL);
   }
-  for (int i = 0; i < 500 && (readFile(folder / "/run").empty() || readFile(folder / "/launched").empty()); ++i)
-    std::this_thread::sleep_for(10ms);
-  ::kill(agent, SIGTERM);
-  int status = 0;
-  ASSERT_EQ(::waitpid(agent, &status, 0), agent);
-  EXPECT_EQ(WEXITSTATUS(status), 143);
-  EXPECT_TRUE(ends(std::stoi(readFile(folder / "/run"))));
-  const pid_t launched = std::stoi(readFile(folder / "/launched"));
-  EXPECT_TRUE(LinuxProcesses().isAlive(launched)) << "what was launched lives on";
-  ::kill(launched, SIGKILL);
 }
 
 }  // namespace

@@ -134,6 +134,8 @@ TEST_F(RunTypeTest, AloneItClearsWhatACrashLeft) {
 TEST_F(RunTypeTest, BesideAnotherAgentItWritesNothing) {
   const Answer answers[] = {{.output = "4000\n4711\n"}, {.status = 3}, {.timedOut = true}, {.starts = false}};
   for (const Answer& answer : answers) mac.processes.on("/usr/bin/pgrep -x vorlu", answer);
+  mac.processes.on("/bin/ps -Aww -o pid= -o ppid= -o user= -o etime= -o comm=",
+                   {.output = "4711 1 root 05:00 vorlu\n"});
   leaveBehind("appInstallRun:firefox", "4711");
   mac.processes.run(commandOf("/usr/bin/pgrep", {"-x", "vorlu"}));  // the answer of a Mac without another agent
   for (std::size_t other = 0; other < std::size(answers); ++other) {

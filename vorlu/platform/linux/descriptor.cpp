@@ -1,5 +1,6 @@
 #include "vorlu/platform/linux/descriptor.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -18,6 +19,12 @@ Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
 void Descriptor::close() {
   if (number_ >= 0) ::close(number_);
   number_ = -1;
+}
+
+Descriptor aboveStandard(int number) {
+  Descriptor low(number);
+  return number < 0 || number > STDERR_FILENO ? std::move(low)
+                                              : Descriptor(::fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
 bool writeAll(int descriptor, std::string_view data) {

@@ -21,6 +21,8 @@ class Descriptor {
   int get() const { return number_; }
   explicit operator bool() const { return number_ >= 0; }
   void close();
+  /// The number, which is the caller's to close from now on.
+  int release() { return std::exchange(number_, -1); }
 
  private:
   int number_ = -1;
@@ -33,6 +35,10 @@ auto uninterrupted(Call call) {
   while (result == -1 && errno == EINTR) result = call();
   return result;
 }
+
+/// The same file under a number above 2, closed in programs: a child's redirections can't hit it when the agent was
+/// started with closed standard descriptors. -1 stays -1.
+Descriptor aboveStandard(int number);
 
 /// Writes everything, however many calls that takes; false with errno set when the system refuses.
 bool writeAll(int descriptor, std::string_view data);

@@ -1,6 +1,6 @@
 #include "vorlu/platform/linux/linux_clock.h"
 
-#include <thread>
+#include "vorlu/platform/linux/termination.h"
 
 namespace vorlu {
 
@@ -13,7 +13,8 @@ Seconds LinuxClock::now() {
 void LinuxClock::sleep(std::chrono::milliseconds duration) {
   const auto facts = host_.facts();
   const double rate = facts->clock ? facts->clock->rate : 1;
-  std::this_thread::sleep_for(std::chrono::duration<double, std::milli>(duration) / rate);
+  sleepUnlessTerminated(
+      std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double, std::milli>(duration) / rate));
 }
 
 }  // namespace vorlu

@@ -15,6 +15,8 @@
 #include "vorlu/platform/linux/child_process.h"
 #include "vorlu/platform/linux/descriptor.h"
 #include "vorlu/platform/linux/process_tree.h"
+#include "vorlu/platform/linux/termination.h"
+#include "vorlu/platform/termination.h"
 
 namespace vorlu {
 namespace {
@@ -27,12 +29,6 @@ struct Pipe {
   Descriptor read;
   Descriptor write;
 };
-
-/// Above 2, so that the child's redirections can't hit it when the agent was started with closed standard descriptors.
-Descriptor aboveStandard(int number) {
-  Descriptor low(number);
-  return number > STDERR_FILENO ? std::move(low) : Descriptor(::fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-}
 
 std::optional<Pipe> makePipe() {
   std::array<int, 2> ends{};
@@ -87,7 +83,7 @@ int processDescriptor(pid_t pid) {
 /// A started child. One that nobody waited for, because an exception passed by, is killed with all it started.
 class Child {
  public:
-  explicit Child(pid_t pid) : pid_(pid), registration_(pid), ended_(processDescriptor(pid)) {}
+  explicit Child(pid_t pid) : pid_(pid), ended_(processDescriptor(pid)) {}
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
   ~Child() {
@@ -107,23 +103,32 @@ class Child {
 
  private:
   pid_t pid_;
-  ChildRegistration registration_;
   Descriptor ended_;
   bool waited_ = false;
 };
 
-/// Hands output on until the child has ended; false when `deadline` came first or the child can't be watched.
-bool follow(const Child& child, OutputReader& output, Monotonic::time_point deadline) {
+enum class RunEnd { byItself, timedOut, stopped };
+
+/// Hands output on until the child has ended or may go on no longer: its limit is over, it can't be watched, or the
+/// agent was asked to end and the command's grace is over. A command without grace throws then.
+RunEnd follow(const Child& child, OutputReader& output, const Command& command) {
+  auto deadline = Monotonic::now() + std::min(command.limit, longestLimit);
+  int termination = terminationDescriptor();
   while (child.descriptor() >= 0) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Monotonic::now()).count();
-    if (left <= 0) return false;
-    std::array<pollfd, 2> waits = {pollfd{child.descriptor(), POLLIN, 0}, pollfd{output.descriptor(), POLLIN, 0}};
+    if (left <= 0) return termination < 0 && terminationAsked() ? RunEnd::stopped : RunEnd::timedOut;
+    std::array<pollfd, 3> waits = {pollfd{child.descriptor(), POLLIN, 0}, pollfd{output.descriptor(), POLLIN, 0},
+                                   pollfd{termination, POLLIN, 0}};
     constexpr decltype(left) longestPoll = 60'000;
     if (::poll(waits.data(), waits.size(), static_cast<int>(std::min(left, longestPoll))) <= 0) continue;
-    if (waits[0].revents != 0) return true;
+    if (waits[0].revents != 0) return RunEnd::byItself;
     if (waits[1].revents != 0) output.readPiece();
+    if (waits[2].revents == 0) continue;
+    if (command.grace == std::chrono::seconds::zero()) throw Terminated{};
+    deadline = std::min(deadline, Monotonic::now() + command.grace);
+    termination = -1;
   }
-  return false;
+  return RunEnd::timedOut;
 }
 
 void recordEnd(const siginfo_t& how, ProcessResult& result) {
@@ -148,29 +153,27 @@ class RunOnThread : public RunningProcess {
 }  // namespace
 
 ProcessResult LinuxProcesses::run(const Command& command) {
+  if (command.grace == std::chrono::seconds::zero()) throwIfTerminated();
   ProcessResult result;
   auto pipe = makePipe();
   if (!pipe) {
     result.error = systemFailure(command.program, errno).text;
     return result;
   }
-  std::optional<Child> child;
-  {
-    const TerminationHeld held;
-    const auto spawned = spawnChild(command, pipe->write.get());
-    if (!spawned) {
-      result.error = spawned.error();
-      return result;
-    }
-    child.emplace(*spawned);
+  const auto spawned = spawnChild(command, pipe->write.get());
+  if (!spawned) {
+    result.error = spawned.error();
+    return result;
   }
+  Child child(*spawned);
   pipe->write.close();
   result.started = true;
   OutputReader output(std::move(pipe->read), command, result.output);
-  result.timedOut = !follow(*child, output, Monotonic::now() + std::min(command.limit, longestLimit));
-  if (result.timedOut) child->kill();
+  const RunEnd end = follow(child, output, command);
+  result.timedOut = end == RunEnd::timedOut;
+  if (end != RunEnd::byItself) child.kill();
   output.drain();
-  recordEnd(child->wait(), result);
+  recordEnd(child.wait(), result);
   return result;
 }
 
@@ -179,11 +182,16 @@ std::unique_ptr<RunningProcess> LinuxProcesses::start(const Command& command) {
 }
 
 std::optional<pid_t> LinuxProcesses::launch(const Command& command) {
+  throwIfTerminated();
   const auto spawned = spawnChild(command, -1);
   if (!spawned) return std::nullopt;
   // Only its end is waited for, so that no dead process shows to those who look for its name.
   std::thread([pid = *spawned] { uninterrupted([&] { return ::waitpid(pid, nullptr, 0); }); }).detach();
   return *spawned;
+}
+
+void LinuxProcesses::throwIfTerminated() {
+  if (terminationAsked()) throw Terminated{};
 }
 
 bool LinuxProcesses::signal(pid_t pid, int signal) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "vorlu/platform/linux/running_children.h"
 #include "vorlu/platform/processes.h"
 
 namespace vorlu {
@@ -12,6 +11,7 @@ class LinuxProcesses : public Processes {
   ProcessResult run(const Command& command) override;
   std::unique_ptr<RunningProcess> start(const Command& command) override;
   std::optional<pid_t> launch(const Command& command) override;
+  void throwIfTerminated() override;
   bool signal(pid_t pid, int signal) override;
   bool isAlive(pid_t pid) override;
   pid_t ownPid() override;

@@ -6,8 +6,10 @@
 #include <array>
 #include <climits>
 #include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <set>
+#include <string>
 #include <string_view>
 
 #include "vorlu/platform/linux/process_ids.h"
@@ -21,14 +23,20 @@ struct FreePlist {
   void operator()(void* plist) const { plist_free(plist); }
 };
 
-/// Programs of all processes that may be looked at, as paths of the machine.
+/// A process's program as a path of the machine, empty if that can't be told. Linux shows it only to those who may
+/// trace the process, which root in a sandbox may not; the name that the process was started by is open to everyone.
+std::string programOf(pid_t pid) {
+  const std::string folder = "/proc/" + std::to_string(pid);
+  std::array<char, PATH_MAX> program{};
+  if (::readlink((folder + "/exe").c_str(), program.data(), program.size() - 1) > 0) return program.data();
+  std::string name;
+  std::getline(std::ifstream(folder + "/cmdline"), name, '\0');
+  return name.starts_with('/') ? name : "";
+}
+
 std::set<std::string> runningPrograms() {
   std::set<std::string> programs;
-  for (const pid_t pid : processIds()) {
-    std::array<char, PATH_MAX> program{};
-    const std::string link = "/proc/" + std::to_string(pid) + "/exe";
-    if (::readlink(link.c_str(), program.data(), program.size() - 1) > 0) programs.emplace(program.data());
-  }
+  for (const pid_t pid : processIds()) programs.insert(programOf(pid));
   return programs;
 }
 

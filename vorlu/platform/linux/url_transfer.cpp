@@ -7,6 +7,9 @@
 #include <array>
 #include <memory>
 
+#include "vorlu/platform/linux/termination.h"
+#include "vorlu/platform/termination.h"
+
 namespace vorlu {
 namespace {
 
@@ -84,7 +87,7 @@ class Watch {
     if (bytes != seen_) last_ = Monotonic::now();
     seen_ = bytes;
     stalled_ = Monotonic::now() - last_ >= patience_;
-    return !stalled_;
+    return !stalled_ && !terminationAsked();
   }
 
   BodyReceiver& receiver_;
@@ -106,6 +109,7 @@ class Transfer {
     if (!headersAreSound()) return failed("a header or the method holds a line break", hop.url);
     for (int redirects = 0;; ++redirects) {
       const CURLcode code = perform(hop);
+      if (code == CURLE_ABORTED_BY_CALLBACK && terminationAsked()) throw Terminated{};
       if (code != CURLE_OK) return failed(reason(code), hop.url);
       const auto next = redirectTarget();
       if (!next) return response();

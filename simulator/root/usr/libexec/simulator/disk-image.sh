@@ -60,7 +60,7 @@ appendTrailer() {
   trailer=$(printf '6b6f6c79%08x%08x%08x' 4 $trailerSize 1)                 # "koly", version, size, flags
   trailer+=$(printf '%032d%016x%032d' 0 "$length" 0)                        # where the data lies, no other fork
   trailer+=$(printf '%08x%08x%032d%08x%08x%s' 1 1 0 8 256 "$digest")        # one segment; checksum and its bits
-  trailer+=$(printf '%0192d%016x%016x' 0 "$length" "$(wc -c <<<"$list")")   # the property list
+  trailer+=$(printf '%0192d%016x%016x' 0 "$length" "$(printf %s "$list" | wc -c)") # the property list
   trailer+=$(printf '%0*d' $((trailerSize * 2 - ${#trailer})) 0)
   # shellcheck disable=SC2059 # the text is a format: each byte as an escape
   printf "$(sed 's/../\\x&/g' <<<"$trailer")" >>"$1"

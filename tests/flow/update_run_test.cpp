@@ -1,0 +1,117 @@
+#include "vorlu/policy/update_run.h"
+
+#include "tests/flow/prompted_run.h"
+
+namespace vorlu::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::HasSubstr;
+
+class UpdateRun : public PromptedRun {
+ protected:
+  UpdateRun() {
+    RunDataFile file;
+    file.CurrentRunType = "scheduledUpdateRequired";
+    store(file);
+  }
+  void update(const Strings& names, UpdateRunKind kind = UpdateRunKind::scheduled) {
+    std::vector<ApplicationInventory> updates;
+    for (const std::string& name : names) updates.push_back(pending(name));
+    runUpdateWithProgress(vorlu, updates, kind);
+    EXPECT_EQ(runData().CurrentRunType, "scheduledUpdateRequired");
+    EXPECT_FALSE(mac.exists(paths::watchReceipt));
+    EXPECT_TRUE(vorlu.progress.processWatchList.empty() && vorlu.progress.appBinaries.empty());
+  }
+  std::size_t told(const std::string& line) {
+    return static_cast<std::size_t>(std::count(log.begin(), log.end(), line));
+  }
+
+  Lines log;
+};
+
+TEST_F(UpdateRun, OneOfThreeFailsInOneWindow) {
+  for (const char* name : {"Slides", "Notes", "Draw"}) addApp(name, std::string(name) != "Draw");
+  vorlu.catalog.entries[1].universalInstallerHash = "wrong";
+  std::optional<WatchReceiptData> published;
+  vorlu.catalog.entries[2].preInstallScript = "true";
+  mac.processes.on("zsh: true", {.effect = [&](const Command&) {
+                     published = *decodePropertyList<WatchReceiptData>(mac.read(paths::watchReceipt));
+                   }});
+  mac.write(paths::watchReceipt, "of a run that was killed");
+  update({"Slides", "Notes", "Draw"});
+  EXPECT_EQ(seen(), "window, relaunch, relaunch") << "Draw wasn't open";
+  EXPECT_EQ(vorlu.updates.failedAppNames, Lines{"Notes"});
+  EXPECT_EQ(vorlu.updates.failedUpdates, Lines{"server.Notes"});
+  EXPECT_EQ(vorlu.updates.updatesInstalled, (Lines{"Slides", "Draw"}));
+  ASSERT_TRUE(published);
+  EXPECT_EQ(fmt::format("{} {} {} {} {}", *published->parentPID, *published->currentUpdate, *published->updateCount,
+                        *published->identifier, *published->promptPosition),
+            "4000 3 3 id.Draw topright");
+  EXPECT_THAT(mac.read(paths::dialogCommandFile), testing::EndsWith("Complete ✅\nprogress: complete\nquit:\n"));
+}
+
+TEST_F(UpdateRun, BringsAStubbornAppForwardFiveTimesAndForcesIt) {
+  addApp("Slides");
+  ignoresQuit = true;
+  const Seconds before = mac.clock.now();
+  update({"Slides"});
+  log = messages();
+  EXPECT_EQ(seen(), "window, bring forward, bring forward, bring forward, bring forward, bring forward, relaunch");
+  EXPECT_EQ(told("Slides is still running..."), 5U);
+  EXPECT_EQ(told("Unable to gracefully quit Slides, the process appears to have hung."), 1U);
+  EXPECT_EQ(told("Force Quitting Slides..."), 1U);
+  EXPECT_EQ(installedVersion("Slides"), "2.0");
+  EXPECT_EQ(closedAt - before, 3 + 2 + 2 + 120);
+}
+
+TEST_F(UpdateRun, SaysWhatBecameOfAnAppThatRunsStill) {
+  const char* const stays =
+      "Error: Slides could not quit. The update will be attempted, but if the App has still not quit the update will "
+      "fail due to the App being open.";
+  const char* const again =
+      "Slides appears to have successfully quit but has been relaunched. Continuing with the update attempt...";
+  addApp("Slides");
+  vorlu.catalog.entries[0].gracefulQuit = false;
+  unkillable = true;
+  update({"Slides"}, UpdateRunKind::test);
+  log = messages();
+  EXPECT_EQ(told(stays), 1U);
+  EXPECT_EQ(seen(), "relaunch");
+  EXPECT_FALSE(mac.exists(paths::dialogCommandFile)) << "a test shows nothing";
+  EXPECT_THAT(tools(), testing::Not(Contains(HasSubstr("osascript"))));
+
+  serve(vorlu.catalog.entries[0], appArchive("Slides.app", "3.0"));
+  vorlu.catalog.entries[0].latestVersion = "3.0";
+  mac.addApplication(pathOf("Slides"), "com.example.Slides", "2.0");
+  mac.clock.at(6, [this] { open("Slides"); });  // by somebody else, with a new process
+  update({"Slides"});
+  log = messages();
+  EXPECT_EQ(told(again), 1U);
+  EXPECT_EQ(installedVersion("Slides"), "3.0");
+}
+
+TEST_F(UpdateRun, EndsAProcessThatComesAnewWhileItWaits) {
+  addApp("Slides");
+  ignoresQuit = true;
+  mac.clock.at(12, [this] { open("Slides"); });
+  const Seconds before = mac.clock.now();
+  update({"Slides"});
+  EXPECT_EQ(closedAt - before, 12) << "not waited for";
+  EXPECT_EQ(installedVersion("Slides"), "2.0");
+}
+
+TEST_F(UpdateRun, AnAppThatIsNoLongerDueCountsByItsVersion) {
+  addApp("Slides");
+  addApp("Notes");
+  mac.addApplication(pathOf("Slides"), "com.example.Slides", "2.0");  // by the user meanwhile
+  mac.files.remove(pathOf("Notes"));
+  setPreferences("ScheduledUpdates", "<key>autoRelaunchApps</key><false/>");
+  update({"Slides", "Notes"});
+  EXPECT_EQ(vorlu.updates.updatesInstalled, Lines{"Slides"});
+  EXPECT_EQ(vorlu.updates.failedAppNames, Lines{"Notes"});
+  EXPECT_THAT(messages(), Contains("Skipping auto-relaunch of Slides because auto-relaunch is disabled"));
+}
+
+}  // namespace
+}  // namespace vorlu::test

@@ -1,0 +1,61 @@
+#include "vorlu/cli/recurring_run.h"
+
+#include "vorlu/cli/initialise_run.h"
+#include "vorlu/policy/forced_update_flow.h"
+#include "vorlu/policy/scheduled_update_flow.h"
+#include "vorlu/policy/update_check_flow.h"
+#include "vorlu/reporting/report.h"
+#include "vorlu/state/end_run.h"
+#include "vorlu/state/run_type.h"
+#include "vorlu/vorlu.h"
+
+namespace vorlu {
+namespace {
+
+/// Beside another agent, which may be asking or installing, this one does neither.
+void forcedStep(Vorlu& vorlu) {
+  vorlu.modes.runStage = "ForcedUpdates";
+  if (!isAlone(vorlu)) return;
+  announceForcedUpdates(vorlu);
+  forcedUpdateFlow(vorlu);
+}
+
+void hourlyStep(Vorlu& vorlu) {
+  vorlu.modes.hourlyMode = true;
+  vorlu.modes.runStage = "BackgroundUpdates";
+  if (!vorlu.preferences.general().hourlyCheck) {
+    vorlu.log("Hourly update checks are disabled, skipping update check");
+  } else if (vorlu.runData.kept(&RunDataFile::NextUpdateAttempt) >= vorlu.runData.now) {
+    vorlu.log("Not enough time has elapsed since the last hourly update attempt");
+  } else {
+    updateCheckFlow(vorlu, true);
+  }
+}
+
+void scheduledStep(Vorlu& vorlu) {
+  if (!vorlu.preferences.general().updatePrompts) {
+    vorlu.log("Recurring update prompts are disabled");
+    return;
+  }
+  vorlu.modes.runStage = "ScheduledUpdates";
+  // Beside another agent, which may be asking or installing, this one does neither.
+  if (isAlone(vorlu)) scheduledUpdateFlow(vorlu, "run");
+}
+
+}  // namespace
+
+void recurringRun(Vorlu& vorlu) {
+  vorlu.modes.runStage = "Initialising";
+  vorlu.log("Initialising run mechanism...");
+  vorlu.runData.now = static_cast<std::int64_t>(vorlu.platform.clock.now());
+  vorlu.modes.runMode = true;
+  const std::int64_t reportDue = vorlu.runData.kept(&RunDataFile::LastReport) + reportInterval;
+  initialiseRun(vorlu, {.offlineTolerated = true});
+  forcedStep(vorlu);
+  hourlyStep(vorlu);
+  scheduledStep(vorlu);
+  reportStep(vorlu, reportDue);
+  endRun(vorlu, vorlu.modes.runExitStatus);
+}
+
+}  // namespace vorlu
