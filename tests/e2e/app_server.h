@@ -31,6 +31,8 @@ class AppServer {
   void setManifest(const std::string& json);
   void setTestingCatalog(const std::vector<AppBlueprints>& entries);
 
+  const std::string& dataFolder() const { return folder_.path(); }
+
   static std::string urlOf(const std::string& file);
 
  private:
