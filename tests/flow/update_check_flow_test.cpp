@@ -9,7 +9,6 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 const std::string stored = "Mar 02 2026 12:00:00 +0000";
 
@@ -27,19 +26,6 @@ class UpdateCheckFlow : public InstallRun {
     return endOf([&] { updateCheckFlow(vorlu, hourly); });
   }
 };
-
-TEST_F(UpdateCheckFlow, NothingDueIsCompliant) {
-  addToCatalog("Slides");
-  mac.addApplication(pathOf("Slides"), "com.example.Slides", "2.0");
-  EXPECT_EQ(flow(false), 0);
-  EXPECT_THAT(messages(), ElementsAre("Checking for updates. Please wait...", "Updating installed App inventory...",
-                                      "No updates are required", "Updating installed App inventory...", "Exiting..."));
-  EXPECT_EQ(runData().LastCompliant, stored);
-  EXPECT_EQ(runData().CurrentRunType, "N/A");
-  EXPECT_EQ(runData().NextUpdateAttempt, std::nullopt);
-  EXPECT_TRUE(vorlu.updates.compliantThisRun);
-  EXPECT_EQ(vorlu.modes.runStage, "N/A");
-}
 
 TEST_F(UpdateCheckFlow, HourlyFormInstallsAndSaysWhenItIsDueAgain) {
   const std::string hash = *addToCatalog("Slides").universalInstallerHash;
@@ -62,21 +48,6 @@ TEST_F(UpdateCheckFlow, HourlyFormInstallsAndSaysWhenItIsDueAgain) {
   EXPECT_GE(wait, 3780);
   EXPECT_LE(wait, 4800);
   EXPECT_THAT(mac.read(paths::appInventory), ::testing::HasSubstr("\"installedVersion\" : \"2.0\""));
-}
-
-TEST_F(UpdateCheckFlow, FailingAppsBetweenGoodOnesStopNothing) {
-  for (const std::string name : {"A", "Bad Hash", "Gone", "B"}) {
-    addToCatalog(name);
-    install(name);
-  }
-  vorlu.catalog.entries[1].universalInstallerHash = "wrong";
-  answers.erase("/2.zip");
-  EXPECT_EQ(flow(false), 0);
-  for (const auto& [name, version] : {std::pair{"A", "2.0"}, {"Bad Hash", "1.0"}, {"Gone", "1.0"}, {"B", "2.0"}})
-    EXPECT_EQ(installedVersion(name), version);
-  EXPECT_EQ(runData().LastCompliant, stored) << "only an app in use holds the date back";
-  EXPECT_THAT(vorlu.updates.failedUpdates, IsEmpty()) << "this flow keeps no list of them";
-  EXPECT_THAT(leftovers(), IsEmpty());
 }
 
 TEST_F(UpdateCheckFlow, AnAppInUseStaysCachedAndHoldsTheDateBack) {
