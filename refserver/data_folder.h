@@ -18,6 +18,9 @@ class DataFolder {
   static constexpr const char* manifestFile = "manifest.json";
   static constexpr const char* timestampFile = "timestamp.json";
 
+  /// Where the reports of a data folder are kept.
+  static std::string reports(const std::string& dataFolder) { return dataFolder + "/reports"; }
+
   explicit DataFolder(std::string path) : path_(std::move(path)) {}
 
   Result<std::vector<InventoryRecord>> inventory() const;

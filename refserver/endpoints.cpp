@@ -2,9 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "refserver/sealed_report.h"
 #include "refserver/secrets.h"
 
 namespace vorlu::refserver {
@@ -12,6 +14,7 @@ namespace vorlu::refserver {
 namespace {
 
 constexpr std::string_view filesPrefix = "/files/";
+constexpr std::size_t largestReport = std::size_t{16} << 20;  // bytes of the body
 
 Response jsonResponse(std::string text) {
   Response response;
@@ -49,6 +52,7 @@ std::vector<std::string> tokensToSend(const std::vector<InventoryRecord>& record
 Endpoints::Endpoints(const std::string& dataFolder, seal::SiteFile site, const seal::ServerKeys& keys,
                      ClockFunction clock)
     : data_(dataFolder),
+      reports_(DataFolder::reports(dataFolder)),
       site_(std::move(site)),
       keys_(keys),
       clock_(std::move(clock)),
@@ -59,6 +63,7 @@ bool Endpoints::isMethodServed(const std::string& method) const {
 }
 
 Response Endpoints::answer(const Request& request) const {
+  if (request.method == site_[SiteText::reportMethod] && isReport(request)) return report(request);
   if (!isMethodServed(request.method)) return messageResponse(405, fmt::format("{} isn't served", request.method));
   if (request.path == pathOfUrl(site_[SiteText::connectivityURL])) return messageResponse(200, "connected");
   if (request.path == pathOfUrl(site_[SiteText::timestampURL])) return timestamp();
@@ -99,6 +104,7 @@ Response Endpoints::inventoried(const Request& request) const {
     if (record.path() != request.path) continue;
     if (const char* catalogFile = catalogFileOf(record.label)) return catalog(request, record, catalogFile);
     if (record.label == manifestLabel) return manifest(request, record);
+    if (record.label == reportsLabel) return messageResponse(405, fmt::format("{} isn't served here", request.method));
   }
   return notFound(request);
 }
@@ -114,6 +120,25 @@ Response Endpoints::manifest(const Request& request, const InventoryRecord& reco
   const auto verdict = checkSignature(request, record.token, request.path);
   if (verdict != SignatureVerdict::valid) return messageResponse(403, describe(verdict));
   return dataResponse(data_.array(DataFolder::manifestFile));
+}
+
+bool Endpoints::isReport(const Request& request) const {
+  const auto records = data_.inventory();
+  return records && std::any_of(records->begin(), records->end(), [&](const InventoryRecord& record) {
+           return record.label == reportsLabel && record.path() == request.path;
+         });
+}
+
+Response Endpoints::report(const Request& request) const {
+  if (request.header("Authorization") != site_[SiteText::authorizationPrefix] + site_[SiteText::reportToken] ||
+      request.header(site_[SiteText::reportHeaderName]) != site_[SiteText::reportHeaderValue]) {
+    return messageResponse(401, "the token or the agent's header is missing or wrong");
+  }
+  if (request.body.size() > largestReport) return messageResponse(413, "the report is larger than 16 MB");
+  if (const auto sealed = parseSealedReport(request.body); !sealed) return messageResponse(400, sealed.error());
+  const auto id = reports_.put(request.body, clock_());
+  if (!id) return messageResponse(500, id.error());
+  return messageResponse(200, fmt::format("report {} upserted successfully", *id));
 }
 
 SignatureVerdict Endpoints::checkSignature(const Request& request, const std::string& secret,

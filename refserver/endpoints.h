@@ -5,6 +5,7 @@
 
 #include "refserver/data_folder.h"
 #include "refserver/exchange.h"
+#include "refserver/report_store.h"
 #include "refserver/signed_url.h"
 #include "seal/keys.h"
 #include "seal/site_file.h"
@@ -32,9 +33,12 @@ class Endpoints {
   Response inventoried(const Request& request) const;
   Response catalog(const Request& request, const InventoryRecord& record, const char* file) const;
   Response manifest(const Request& request, const InventoryRecord& record) const;
+  bool isReport(const Request& request) const;
+  Response report(const Request& request) const;
   SignatureVerdict checkSignature(const Request& request, const std::string& secret, const std::string& path) const;
 
   DataFolder data_;
+  ReportStore reports_;
   seal::SiteFile site_;
   const seal::ServerKeys& keys_;
   ClockFunction clock_;

@@ -22,6 +22,7 @@ struct InventoryRecord {
 inline constexpr const char* liveLabel = "live_blueprints";
 inline constexpr const char* testingLabel = "testing_blueprints";
 inline constexpr const char* manifestLabel = "SelfUpdatesNew";
+inline constexpr const char* reportsLabel = "reports";
 
 /// The records of an inventory document, `{"SecInventory": [{"label", "url", "token", "decoys"}, …]}`; "decoys" may be
 /// absent. A failure says what is wrong, without the file's name.

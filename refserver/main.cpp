@@ -1,4 +1,4 @@
-// vorlu-server: the reference server, serving one data folder until SIGTERM.
+// vorlu-server: the reference server, serving one data folder until SIGTERM, and the commands of its reports' owner.
 
 #include <fmt/format.h>
 
@@ -9,6 +9,7 @@
 #include "refserver/access_line.h"
 #include "refserver/host_clock.h"
 #include "refserver/options.h"
+#include "refserver/owner_commands.h"
 #include "refserver/sample_data.h"
 #include "refserver/server.h"
 
@@ -71,15 +72,28 @@ Status serve(const Options& options) {
   return success();
 }
 
+int ownerCommand(const std::vector<std::string>& arguments) {
+  const OwnerOutcome outcome = runOwnerCommand(arguments);
+  if (outcome.status == 0) {
+    fmt::print("{}", outcome.text);
+  } else {
+    fmt::print(stderr, "vorlu-server: {}\n", outcome.text);
+    if (outcome.status == 2) fmt::print(stderr, "{}\n{}\n", usage, ownerUsage);
+  }
+  return outcome.status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto options = parseOptions({argv + 1, argv + argc});
-  if (!options) {
-    fmt::print(stderr, "vorlu-server: {}\n{}\n", options.error(), usage);
-    return 2;
-  }
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
   try {
+    if (isOwnerCommand(arguments)) return ownerCommand(arguments);
+    const auto options = parseOptions(arguments);
+    if (!options) {
+      fmt::print(stderr, "vorlu-server: {}\n{}\n{}\n", options.error(), usage, ownerUsage);
+      return 2;
+    }
     const Status status = !options->initFolder.empty()    ? init(*options)
                           : !options->renewFolder.empty() ? renew(*options)
                                                           : serve(*options);

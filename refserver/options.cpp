@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <charconv>
-#include <map>
 
 #include "seal/site_file.h"
 
@@ -22,20 +21,28 @@ Result<int> parsePort(const std::string& text) {
 
 }  // namespace
 
-Result<Options> parseOptions(const std::vector<std::string>& arguments) {
-  Options options;
-  std::string port = std::to_string(options.port);
-  const std::map<std::string, std::string*> targets = {
-      {"--data", &options.dataFolder},   {"--init", &options.initFolder},
-      {"--renew", &options.renewFolder}, {"--site", &options.siteFile},
-      {"--keys", &options.keyFolder},    {"--clock", &options.clockFile},
-      {"--listen", &options.address},    {"--port", &port}};
+Status readOptions(const std::vector<std::string>& arguments, const std::map<std::string, std::string*>& targets) {
   for (std::size_t i = 0; i < arguments.size(); i += 2) {
     const auto target = targets.find(arguments[i]);
     if (target == targets.end()) return Failure{fmt::format("unknown option {}", arguments[i])};
     if (i + 1 == arguments.size()) return Failure{fmt::format("{} needs a value", arguments[i])};
     *target->second = arguments[i + 1];
   }
+  return success();
+}
+
+Result<Options> parseOptions(const std::vector<std::string>& arguments) {
+  Options options;
+  std::string port = std::to_string(options.port);
+  const Status read = readOptions(arguments, {{"--data", &options.dataFolder},
+                                              {"--init", &options.initFolder},
+                                              {"--renew", &options.renewFolder},
+                                              {"--site", &options.siteFile},
+                                              {"--keys", &options.keyFolder},
+                                              {"--clock", &options.clockFile},
+                                              {"--listen", &options.address},
+                                              {"--port", &port}});
+  if (!read) return read.failure();
   const auto parsedPort = parsePort(port);
   if (!parsedPort) return parsedPort.failure();
   options.port = *parsedPort;

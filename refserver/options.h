@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,10 @@ inline constexpr const char* usage =
     "       vorlu-server --init DIR [--site site/local.json]\n"
     "       vorlu-server --renew DIR [--clock FILE]";
 
-/// A failure says which argument is wrong.
+/// Sets the targets of "--name value" pairs. A failure says which argument is wrong.
+Status readOptions(const std::vector<std::string>& arguments, const std::map<std::string, std::string*>& targets);
+
+/// The same for the server.
 Result<Options> parseOptions(const std::vector<std::string>& arguments);
 
 }  // namespace vorlu::refserver

@@ -19,8 +19,10 @@ constexpr std::size_t tokenBytes = 24;
 
 std::string sampleInventory(const std::string& baseUrl) {
   auto records = nlohmann::ordered_json::array();
-  const std::pair<const char*, const char*> services[] = {
-      {liveLabel, "/catalog/live"}, {testingLabel, "/catalog/testing"}, {manifestLabel, "/manifest"}};
+  const std::pair<const char*, const char*> services[] = {{liveLabel, "/catalog/live"},
+                                                          {testingLabel, "/catalog/testing"},
+                                                          {manifestLabel, "/manifest"},
+                                                          {reportsLabel, "/reports"}};
   for (const auto& [label, path] : services) {
     records.push_back({{"label", label}, {"url", baseUrl + path}, {"token", hexEncode(seal::randomBytes(tokenBytes))}});
   }

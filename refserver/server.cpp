@@ -120,7 +120,8 @@ void Server::Connections::configureListener() {
   // Requests that never reach the handler, such as malformed ones.
   listener_.set_error_handler([](const httplib::Request&, httplib::Response& outgoing) {
     if (!outgoing.body.empty() || outgoing.content_length_ > 0) return;
-    outgoing.set_content(messageResponse(outgoing.status, "the request can't be served").body, "application/json");
+    const char* why = outgoing.status == 413 ? "the body is too large" : "the request can't be served";
+    outgoing.set_content(messageResponse(outgoing.status, why).body, "application/json");
   });
 }
 

@@ -50,11 +50,26 @@ TEST_F(UpdateCheckFlow, HourlyFormInstallsAndSaysWhenItIsDueAgain) {
   EXPECT_THAT(mac.read(paths::appInventory), ::testing::HasSubstr("\"installedVersion\" : \"2.0\""));
 }
 
+TEST_F(UpdateCheckFlow, FailingAppsBetweenGoodOnesStopNothing) {
+  for (const std::string name : {"A", "Bad Hash", "Gone", "B"}) {
+    addToCatalog(name);
+    install(name);
+  }
+  vorlu.catalog.entries[1].universalInstallerHash = "wrong";
+  answers.erase("/2.zip");
+  EXPECT_EQ(flow(false), std::nullopt);
+  for (const auto& [name, version] : {std::pair{"A", "2.0"}, {"Bad Hash", "1.0"}, {"Gone", "1.0"}, {"B", "2.0"}})
+    EXPECT_EQ(installedVersion(name), version);
+  EXPECT_EQ(runData().LastCompliant, stored) << "only an app in use holds the date back";
+  EXPECT_EQ(vorlu.updates.failedUpdates, (Lines{"server.Bad Hash", "server.Gone"})) << "for the scheduled flow";
+  EXPECT_THAT(leftovers(), ::testing::IsEmpty());
+}
+
 TEST_F(UpdateCheckFlow, AnAppInUseStaysCachedAndHoldsTheDateBack) {
   addToCatalog("A");
   install("A");
   mac.applications.running = {"com.example.A"};
-  EXPECT_EQ(flow(false), 0);
+  EXPECT_EQ(flow(false), std::nullopt);
   EXPECT_EQ(installedVersion("A"), "1.0");
   EXPECT_THAT(leftovers(), ElementsAre("A-v2.0.zip"));
   EXPECT_EQ(runData().LastCompliant, std::nullopt);
@@ -66,7 +81,7 @@ TEST_F(UpdateCheckFlow, CatalogTestPassesOverUnverifiedApps) {
   install("A");
   install("B");
   vorlu.modes.testingBlueprints = true;
-  EXPECT_EQ(flow(false), 0);
+  EXPECT_EQ(flow(false), std::nullopt);
   EXPECT_THAT(messages(), Contains("Server verification for A is not enabled. Skipping update test..."));
   EXPECT_EQ(installedVersion("A"), "1.0");
   EXPECT_EQ(installedVersion("B"), "2.0");
@@ -76,7 +91,7 @@ TEST_F(UpdateCheckFlow, PutsBackWhatAKilledRunMovedAsideBeforeItLooks) {
   addToCatalog("Slides");
   mac.addApplication("/Applications/.~/old/Slides.app", "com.example.Slides", "1.0");
   mac.write(paths::run + "/placement", "/Applications");
-  EXPECT_EQ(flow(false), 0);
+  EXPECT_EQ(flow(false), std::nullopt);
   EXPECT_EQ(installedVersion("Slides"), "2.0") << "found, and so updated";
   EXPECT_THAT(*mac.files.list("/Applications"), ElementsAre("Slides.app"));
 }

@@ -32,7 +32,10 @@ struct FakeDevice : Device {
   std::optional<int> cpuType() override { return cpu; }
   std::string osVersion() override { return system; }
   std::optional<std::string> serialNumber() override { return serial; }
-  std::string computerName() override { return "Sim Mac"; }
+  std::string name = "Sim Mac";
+  std::optional<std::string> product;
+  std::string computerName() override { return name; }
+  std::optional<std::string> productDescription() override { return product; }
 };
 
 struct FakePower : Power {

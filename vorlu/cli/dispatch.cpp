@@ -13,6 +13,7 @@
 #include "vorlu/cli/initialise_run.h"
 #include "vorlu/cli/recurring_run.h"
 #include "vorlu/detection/find_app.h"
+#include "vorlu/detection/update_check.h"
 #include "vorlu/install/component_update.h"
 #include "vorlu/install/install_command.h"
 #include "vorlu/install/self_update.h"
@@ -20,6 +21,7 @@
 #include "vorlu/policy/scheduled_update_flow.h"
 #include "vorlu/policy/test_update_flow.h"
 #include "vorlu/policy/update_check_flow.h"
+#include "vorlu/reporting/report.h"
 #include "vorlu/server/key_material.h"
 #include "vorlu/server/signed_request.h"
 #include "vorlu/state/agent_version.h"
@@ -126,7 +128,11 @@ void checkIdentifier(Vorlu& vorlu, const Arguments& arguments) {
 void sendReport(Vorlu& vorlu, const Arguments& arguments) {
   requireSubArgument(vorlu, arguments, {"-r", "--report"});
   requireRoot(vorlu, "Vorlu must be run as root for reporting functions");
-  endWithoutFlow(vorlu, "--report");
+  initialiseRun(vorlu, {});
+  vorlu.modes.reportMode = true;
+  checkForUpdates(vorlu, "", true);
+  buildAndSubmitReport(vorlu);
+  endRun(vorlu, 0);
 }
 
 void initialiseInstallation(Vorlu& vorlu) {
@@ -158,6 +164,8 @@ void checkForNewUpdates(Vorlu& vorlu) {
   vorlu.modes.updateMode = true;
   initialiseRun(vorlu, {});
   updateCheckFlow(vorlu, false);
+  buildAndSubmitReport(vorlu);
+  endRun(vorlu, 0);
 }
 
 void updateAgent(Vorlu& vorlu) {

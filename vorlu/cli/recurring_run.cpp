@@ -4,6 +4,7 @@
 #include "vorlu/policy/forced_update_flow.h"
 #include "vorlu/policy/scheduled_update_flow.h"
 #include "vorlu/policy/update_check_flow.h"
+#include "vorlu/reporting/report.h"
 #include "vorlu/state/end_run.h"
 #include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
@@ -48,10 +49,12 @@ void recurringRun(Vorlu& vorlu) {
   vorlu.log("Initialising run mechanism...");
   vorlu.runData.now = static_cast<std::int64_t>(vorlu.platform.clock.now());
   vorlu.modes.runMode = true;
+  const std::int64_t reportDue = vorlu.runData.kept(&RunDataFile::LastReport) + reportInterval;
   initialiseRun(vorlu, {.offlineTolerated = true});
   forcedStep(vorlu);
   hourlyStep(vorlu);
   scheduledStep(vorlu);
+  reportStep(vorlu, reportDue);
   endRun(vorlu, vorlu.modes.runExitStatus);
 }
 

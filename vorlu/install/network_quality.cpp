@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <chrono>
 
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/state/tool.h"
@@ -15,6 +16,7 @@ namespace {
 
 constexpr int usualSpeed = 50;  // megabits per second
 constexpr std::size_t longestFile = 1 << 20;
+constexpr std::chrono::seconds longestMeasurement{120};  // the tool takes up to half a minute
 
 /// What the system's tool writes of a measurement.
 struct SpeedTestData {
@@ -59,8 +61,9 @@ void recordNetworkQuality(Vorlu& vorlu) {
   FileManager& files = vorlu.platform.files;
   if (const Status removed = files.remove(paths::networkQuality); !removed)
     vorlu.log(fmt::format("Error: Could not remove an earlier network measurement - {}", removed.error()));
-  runTool(vorlu.platform.processes, vorlu.log,
-          shellCommand(fmt::format("networkQuality -s -v -c > {}", paths::networkQuality)));
+  Command command = shellCommand(fmt::format("networkQuality -s -v -c > {}", paths::networkQuality));
+  command.limit = longestMeasurement;
+  runTool(vorlu.platform.processes, vorlu.log, command);
   if (const Status given = files.setOwnership(paths::networkQuality, 0755, "root", "wheel"); !given)
     vorlu.log(fmt::format("Error: Could not set the permissions of the network measurement - {}", given.error()));
 }
@@ -69,6 +72,7 @@ std::string measureNetworkQuality(Vorlu& vorlu) {
   vorlu.log("Attempting to gather network quality information...");
   Command command;
   command.program = "/usr/bin/networkQuality";
+  command.limit = longestMeasurement;
   const auto capacity = capacityIn(runTool(vorlu.platform.processes, vorlu.log, command).output);
   if (!capacity) vorlu.log("Could not gather network quality results");
   return capacity.value_or("");

@@ -16,7 +16,10 @@ class Device {
   virtual std::string osVersion() = 0;
   /// IOPlatformSerialNumber; nothing when it can't be read.
   virtual std::optional<std::string> serialNumber() = 0;
+  /// localizedName of the current host; empty when it has none.
   virtual std::string computerName() = 0;
+  /// Property "product-description" of "IOService:/AppleARMPE/product"; nothing when it can't be read, as on Intel.
+  virtual std::optional<std::string> productDescription() = 0;
 };
 
 }  // namespace vorlu

@@ -97,6 +97,8 @@ class FileManager {
 
   /// NSFileSystemFreeSize of "/", bytes; nothing on any failure.
   virtual std::optional<std::int64_t> freeDiskSpace() = 0;
+  /// NSFileSystemSize of "/", bytes; nothing on any failure.
+  virtual std::optional<std::int64_t> diskCapacity() = 0;
   /// SHA-256 of a regular file, read in blocks, as 64 lower-case hexadecimal digits.
   virtual Result<std::string> sha256(const std::string& path) = 0;
 };

@@ -5,7 +5,6 @@
 #include "vorlu/install/icon_sync.h"
 #include "vorlu/install/self_update.h"
 #include "vorlu/policy/update_pass.h"
-#include "vorlu/state/end_run.h"
 #include "vorlu/state/run_data.h"
 #include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
@@ -46,7 +45,7 @@ void updateCheckFlow(Vorlu& vorlu, bool hourly) {
   noteCompliance(vorlu, pass);
   checkForUpdates(vorlu, "", true);
   vorlu.modes.runStage = "N/A";
-  if (!hourly) endRun(vorlu, 0);
+  if (!hourly) return;
   keepAgentCurrent(vorlu);
   vorlu.updates.hourlyCheckRan = true;
   updateRunData(vorlu, RunDataSelector::nextUpdateAttempt);

@@ -41,6 +41,7 @@ struct KeyMaterial {
 inline constexpr const char* liveBlueprints = "live_blueprints";
 inline constexpr const char* testingBlueprintsLabel = "testing_blueprints";
 inline constexpr const char* selfUpdates = "SelfUpdatesNew";
+inline constexpr const char* reportsLabel = "reports";
 
 /// Whether the three keychain items and the signing secret can all be had: nothing that this process must fetch.
 bool hasKeyMaterial(Vorlu& vorlu);

@@ -20,6 +20,7 @@ seal::SiteFile siteAt(const std::string& base) {
   site[SiteText::signatureQueryPrefix] = "?signature=";
   site[SiteText::expiryQueryPrefix] = "&expires=";
   site[SiteText::requestMethod] = "GET";
+  site[SiteText::reportMethod] = "POST";
   site[SiteText::authorizationPrefix] = "Bearer ";
   site[SiteText::supportContact] = "support@example.com";
   return site;

@@ -14,6 +14,7 @@ class LinuxDevice : public Device {
   std::string osVersion() override { return host_.facts()->osVersion.value_or("0.0.0"); }
   std::optional<std::string> serialNumber() override { return host_.facts()->serialNumber; }
   std::string computerName() override;
+  std::optional<std::string> productDescription() override { return host_.facts()->productDescription; }
 
  private:
   LinuxHost& host_;

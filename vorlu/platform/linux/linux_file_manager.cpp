@@ -113,4 +113,11 @@ std::optional<std::int64_t> LinuxFileManager::freeDiskSpace() {
   return static_cast<std::int64_t>(volume.f_bavail) * static_cast<std::int64_t>(volume.f_frsize);
 }
 
+std::optional<std::int64_t> LinuxFileManager::diskCapacity() {
+  if (const auto bytes = host_.facts()->diskBytes) return bytes;
+  struct statvfs volume {};
+  if (::statvfs(root_.hostPath("/").c_str(), &volume) != 0) return std::nullopt;
+  return static_cast<std::int64_t>(volume.f_blocks) * static_cast<std::int64_t>(volume.f_frsize);
+}
+
 }  // namespace vorlu

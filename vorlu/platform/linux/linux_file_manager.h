@@ -30,6 +30,7 @@ class LinuxFileManager : public FileManager {
                       const std::string& group) override;
   void setHidden(const std::string& path) override;
   std::optional<std::int64_t> freeDiskSpace() override;
+  std::optional<std::int64_t> diskCapacity() override;
 
   Result<std::string> read(const std::string& path, std::size_t cap = defaultReadCap) override;
   Status writeAtomically(const std::string& path, std::string_view data, const Ownership& ownership) override;

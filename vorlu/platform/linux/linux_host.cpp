@@ -81,6 +81,8 @@ HostFacts factsOf(const Json& file) {
   facts.osVersion = text(file, "osVersion");
   facts.serialNumber = text(file, "serialNumber");
   facts.computerName = text(file, "computerName");
+  facts.productDescription = text(file, "productDescription");
+  facts.diskBytes = number<std::int64_t>(file, "diskBytes");
   facts.freeDiskBytes = number<std::int64_t>(file, "freeDiskBytes");
   for (const Json& application : container(file, "activeApplications"))
     if (application.is_string()) facts.activeApplications.push_back(application.get<std::string>());

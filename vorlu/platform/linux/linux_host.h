@@ -31,7 +31,9 @@ struct HostFacts {
   std::optional<std::string> osVersion;
   std::optional<std::string> serialNumber;
   std::optional<std::string> computerName;
+  std::optional<std::string> productDescription;
   std::optional<std::int64_t> freeDiskBytes;
+  std::optional<std::int64_t> diskBytes;
   std::vector<std::string> activeApplications;
   std::optional<std::map<int, std::vector<PowerAssertion>>> powerAssertions;
   std::vector<Camera> cameras;

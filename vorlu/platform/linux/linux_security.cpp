@@ -116,6 +116,12 @@ Result<std::string> LinuxSecurity::rsaEncrypt(std::string_view plain, std::strin
   return rsa(publicKey(publicKeyDer), plain, EVP_PKEY_encrypt_init, EVP_PKEY_encrypt, "Encryption failed");
 }
 
+Status LinuxSecurity::checkPublicKey(std::string_view publicKeyDer) {
+  if (publicKey(publicKeyDer)) return success();
+  ERR_clear_error();
+  return Failure{"the data are no public RSA key"};
+}
+
 Result<std::string> LinuxSecurity::aesDecrypt(std::string_view data, std::string_view key, std::string_view iv) {
   return aes(false, data, key, iv);
 }

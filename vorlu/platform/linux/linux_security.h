@@ -22,6 +22,7 @@ class LinuxSecurity : public Security {
 
   Result<std::string> rsaDecrypt(std::string_view cipher, std::string_view privateKeyDer) override;
   Result<std::string> rsaEncrypt(std::string_view plain, std::string_view publicKeyDer) override;
+  Status checkPublicKey(std::string_view publicKeyDer) override;
   Result<std::string> aesDecrypt(std::string_view data, std::string_view key, std::string_view iv) override;
   Result<std::string> aesEncrypt(std::string_view data, std::string_view key, std::string_view iv) override;
   std::string sha256(std::string_view data) override;
