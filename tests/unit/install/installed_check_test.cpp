@@ -56,6 +56,18 @@ TEST_F(Verification, ReadsPackageSignatures) {
   expectSignature("/silent.pkg", "", "Unknown", {}, {});
 }
 
+TEST_F(Verification, TakesTheHashOfTheProcessor) {
+  vorlu.currentApp.universalInstallerHash = "u";
+  vorlu.currentApp.intelInstallerHash = "i";
+  vorlu.currentApp.siliconInstallerHash = "s";
+  const auto hashFor = [this](const char* architecture, std::optional<int> cpu) {
+    vorlu.currentApp.architecture = architecture;
+    mac.device.cpu = cpu;
+    return expectedInstallerHash(vorlu);
+  };
+  EXPECT_EQ(hashFor("uNIVERSAL", 7) + hashFor("arch", 7) + hashFor("arch", 12) + hashFor("arch", {}), "uisi");
+}
+
 TEST_F(Verification, DiskSpaceCountsInDecimalKilobytes) {
   const auto isSufficient = [this](std::int64_t installer, std::int64_t installed, const char* type,
                                    std::int64_t freeBytes) {
