@@ -115,7 +115,6 @@ TEST_F(StartUpTest, YieldsToAnotherAgentWithoutATrace) {
   freshWithKeys();
   setRunData(other);
   mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "4711\n"});
-  mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "4711\n"});
   ASSERT_EQ(start(), std::nullopt);  // nobody there at the first look
   freshWithKeys();
   setRunData(other);
