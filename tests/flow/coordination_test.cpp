@@ -196,9 +196,10 @@ TEST_F(CoordinationTest, QueuesForTwentyMinutesAtMost) {
   EXPECT_EQ(coordinate(), End::left);
   EXPECT_THAT(shown(), ElementsAre("Other previously queued Vorlu instances are still running. Exiting..."));
   EXPECT_EQ(waited(), 1200);
-  add({.pid = 4713, .age = 12000});
+  add({.pid = 4713, .age = 12000}), setType("forcedUpdate");
   EXPECT_EQ(coordinate(), End::left);  // the one that is stuck is ended before the others are counted
   EXPECT_THAT(kills(), ElementsAre("kill -15 4713"));
+  EXPECT_EQ(readRunType(vorlu), "forcedUpdate");  // it may be one of the others'
 }
 
 TEST_F(CoordinationTest, WhatIsNoAgentCountsForNothing) {

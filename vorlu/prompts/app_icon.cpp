@@ -28,7 +28,8 @@ bool answers(Vorlu& vorlu, const std::string& url) {
 std::string resolveAppIcon(Vorlu& vorlu, const AppIconSource& app) {
   FileManager& files = vorlu.platform.files;
   const std::string local = paths::appIcons + "/" + app.localIcon;
-  if (!app.localIcon.empty() && files.exists(local)) return local;
+  const bool isPlainName = !app.localIcon.empty() && app.localIcon.find('/') == std::string::npos;
+  if (isPlainName && files.exists(local) && !files.isDirectory(local)) return local;
   if (answers(vorlu, app.cloudIcon)) {
     vorlu.log(fmt::format("{} icon not found locally. Using icon at URL {} instead", app.appName, app.cloudIcon),
               silent);

@@ -86,6 +86,15 @@ KeychainTexts readKeychainTexts(Vorlu& vorlu) {
   return texts;
 }
 
+/// What the server has just given. The keychain may hold another agent's by now, or parts of both: agents that start at
+/// the same time fetch at the same time.
+KeychainTexts fetchedTexts(Vorlu& vorlu) {
+  KeychainTexts texts;
+  for (std::size_t i = 0; i < texts.size(); ++i)
+    texts[i] = stripDecoys(vorlu.site.sealed(), vorlu.keys.*keychainEntries[i].text);
+  return texts;
+}
+
 bool anyEmpty(const KeychainTexts& texts) {
   return std::any_of(texts.begin(), texts.end(), [](const std::string& text) { return text.empty(); });
 }
@@ -93,7 +102,7 @@ bool anyEmpty(const KeychainTexts& texts) {
 KeychainTexts fetchKeychainTextsAnew(Vorlu& vorlu) {
   vorlu.log("Could not import Vorlu ceritifcates from keychain. Obtaining certificate data...");
   populateKeychain(vorlu, false);
-  KeychainTexts texts = readKeychainTexts(vorlu);
+  KeychainTexts texts = fetchedTexts(vorlu);
   if (anyEmpty(texts)) {
     fatalStop(vorlu, fmt::format("Error: Could not obtain certificates from the keychain. Please review the Vorlu "
                                  "network requirements. If the issue persists, contact {}",

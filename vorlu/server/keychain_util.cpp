@@ -23,8 +23,11 @@ Status KeychainUtil::deleteKeychainItem(const std::string& service, const std::s
 }
 
 Status KeychainUtil::writeKeychainItem(const std::string& service, const std::string& value, bool invisible) {
-  static_cast<void>(deleteKeychainItem(service));  // what stays shows as a failure to add
-  return keychain_.add({service, account, value, applicationTag, invisible});
+  const Status removed = deleteKeychainItem(service);
+  Status added = keychain_.add({service, account, value, applicationTag, invisible});
+  // An agent that starts at the same time may have added its own in between.
+  const bool anothers = removed && !added && !readKeychainItem(service).empty();
+  return anothers ? success() : added;
 }
 
 }  // namespace vorlu
