@@ -112,6 +112,10 @@ AppBlueprints entryOf(const std::string& name, const std::string& latest, const 
   return app;
 }
 
+std::string withoutMissingKey(const std::string& text) {
+  return replacedAll(text, "Error: a Public Key is required for reporting data but could not be found", "");
+}
+
 std::string versionOf(const std::string& bundle) {
   const std::string info = test::readFile(bundle + "/Contents/Info.plist");
   const std::string head = "<key>CFBundleShortVersionString</key><string>";

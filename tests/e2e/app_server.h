@@ -46,6 +46,9 @@ class AppServer {
 AppBlueprints entryOf(const std::string& name, const std::string& latest, const std::string& type,
                       const std::string& file, const std::string& hash);
 
+/// What the agent printed or logged, less the line of a Mac that reports to nobody since it holds no key.
+std::string withoutMissingKey(const std::string& text);
+
 /// The version in a bundle's Info.plist, empty without one.
 std::string versionOf(const std::string& bundle);
 

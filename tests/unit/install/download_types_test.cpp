@@ -1,5 +1,8 @@
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <regex>
+
 #include "tests/unit/install/install_run.h"
 #include "vorlu/install/download_type.h"
 
@@ -60,6 +63,24 @@ class DownloadTypes : public InstallRun {
     return runInstallPipeline(vorlu, request);
   }
 
+  /// What the tools did, as in "attach d/Slides-v2.0.dmg": "d" and "o" are the cache and the Output directory.
+  Strings deeds() {
+    static const std::pair<std::regex, const char*> words[] = {
+        {std::regex(".*/hdiutil detach .*"), "detach"},
+        {std::regex(".*/hdiutil attach -nobrowse "), "attach "},
+        {std::regex(".*/hdiutil convert -quiet (.*) -format UDTO -o .*[.]cdr'?"), "convert $1"},
+        {std::regex(".*/pkgutil --check-signature "), "check "},
+        {std::regex(".*/installer -verboseR -pkg (.*) -target /"), "install $1"},
+        {std::regex(".*/installer -verboseR -applyChoiceChangesXML .* -pkg (.*) -target /"), "choose from $1"},
+        {std::regex(".*/tar -xf (.*) -C .*/Output'"), "unpack $1"},
+        {std::regex("'?/Library/[^']*/Run/Downloads"), "d"},
+        {std::regex("'?/Library/[^']*/Run/Output"), "o"},
+        {std::regex("'"), ""}};
+    Strings commands = tools();
+    for (std::string& command : commands)
+      for (const auto& [line, deed] : words) command = std::regex_replace(command, line, deed);
+    return commands;
+  }
   AppBlueprints& slides;
 };
 
@@ -133,6 +154,37 @@ TEST_F(DownloadTypes, ConvertedImageIsMountedThreeTimesAtMost) {
             "The Slides install was cancelled because the disk image could not be mounted. Please ensure disk images "
             "are allowed and try again");
   EXPECT_EQ(installedVersion("Slides"), "1.0");
+}
+
+TEST_F(DownloadTypes, NestedPackagesFollowTheProcessorAndTheHashIsCheckedOnce) {
+  slides.downloadFileType = "pkgInDMGWithEULA";
+  slides.architectureNesting = true;
+  slides.nestedDownloadFiles = Strings{"never"};
+  slides.nestedSiliconDownloadFiles = Strings{"inner.pkg", "REGEX:^inner"};
+  slides.nestedIntelDownloadFiles = Strings{};
+  slides.preInstallScript = "before";
+  slides.installerChoices = "<choices/>";
+  const std::string choices = paths::output + "/SlidesChoices.xml";
+  mac.processes.on("zsh: before", {});
+  mac.processes.onPrefix("/usr/sbin/installer", {.output = "", .effect = [&](const Command& command) {
+                                                   EXPECT_EQ(command.arguments[2], choices);
+                                                   EXPECT_EQ(mac.read(choices), "<choices/>");
+                                                   EXPECT_THAT(leftovers(),
+                                                               ::testing::Not(::testing::Contains("Slides-v2.0.dmg")));
+                                                   placeVersion("2.0");
+                                                 }});
+  EXPECT_EQ(run(false), InstallOutcome::installed);
+  EXPECT_THAT(deeds(),
+              ElementsAre("convert d/Slides-v2.0.dmg", "attach d/Slides-v2.0.cdr", "zsh: before",
+                          "choose from " + image + "/inner.pkg", "choose from " + image + "/inner.pkg", "detach"));
+  const Lines lines = messages();
+  EXPECT_EQ(
+      std::count(lines.begin(), lines.end(), "The installer hash matches the expected sha256 hash. Continuing..."), 1);
+
+  mac.device.cpu = 7;
+  placeVersion("1.0");
+  EXPECT_EQ(run(false), InstallOutcome::failed) << "an empty list installs nothing";
+  EXPECT_THAT(messages(), ::testing::Contains("Slides was successfully updated from version 1.0 to 2.0").Times(0));
 }
 
 TEST_F(DownloadTypes, InteractiveFailureEndsTheRunBehindItsWindow) {
