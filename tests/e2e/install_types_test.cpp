@@ -86,7 +86,7 @@ struct InstallTypes : SimulatedMacTest, testing::WithParamInterface<Build> {
   }
 };
 
-TEST_P(InstallTypes, EachIsUpdatedByTheRealProgram) {
+TEST_P(InstallTypes, EachIsUpdatedAndInstalledByTheRealProgram) {
   AppServer server([](const refserver::Request& request, refserver::Response& response) {
     if (request.path == "/files/page") response.contentType = "text/html";
   });
@@ -178,6 +178,15 @@ TEST_P(InstallTypes, EachIsUpdatedByTheRealProgram) {
               ElementsAre("killall Slides", "su alice -c open -a \"/Applications/Slides.app\"",
                           "open -a /Applications/Slides.app"));
   EXPECT_EQ(mac.run({"pgrep", "-x", "Slides"}).status, 0) << "open again";
+
+  // Installed on request, on a Mac that has none of them.
+  mac.shell("killall Slides; rm -rf /Applications/*");
+  for (const AppBlueprints& app : catalog) {
+    const Outcome install = mac.run({"/usr/local/bin/vorlu", "--install", *app.appIdentifier});
+    EXPECT_EQ(install.status, 0) << install.output;
+  }
+  EXPECT_EQ(namesIn(mac.path("/Applications")), bundles);
+  for (const std::string& bundle : bundles) EXPECT_EQ(versionOf(mac.path("/Applications/" + bundle)), "2.0") << bundle;
 }
 
 INSTANTIATE_TEST_SUITE_P(Processors, InstallTypes, testing::Values(silicon, intel),
