@@ -44,9 +44,16 @@ AppServer::AppServer(const Hook& hook, const std::string& hostFile) {
   EXPECT_TRUE(started.ok()) << (started.ok() ? "" : started.error());
 }
 
-std::string AppServer::make(const std::string& name, const std::string& version) {
-  const Outcome made = runOnMachine({sourceFile("simulator/make-app"), name, version,
-                                     "com.example." + replacedAll(name, " ", ""), "--out", shelf_.path()});
+std::string AppServer::make(const std::string& name, const std::string& version,
+                            const std::vector<std::string>& options) {
+  std::vector<std::string> command = {sourceFile("simulator/make-app"),
+                                      name,
+                                      version,
+                                      "com.example." + replacedAll(name, " ", ""),
+                                      "--out",
+                                      shelf_.path()};
+  command.insert(command.end(), options.begin(), options.end());
+  const Outcome made = runOnMachine(command);
   EXPECT_EQ(made.status, 0) << made.output;
   return fmt::format("{}/{}.app", shelf_.path(), name);
 }

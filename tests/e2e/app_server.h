@@ -20,7 +20,7 @@ class AppServer {
   explicit AppServer(const Hook& hook = {}, const std::string& hostFile = "");
 
   /// Makes an application "com.example.NAME", without blanks, on the shelf and gives its path on this machine.
-  std::string make(const std::string& name, const std::string& version);
+  std::string make(const std::string& name, const std::string& version, const std::vector<std::string>& options = {});
   /// Packs items into an installer that is served as /files/`file`, and returns its SHA-256. `contents` are the
   /// options and items of make-installer.
   std::string pack(const std::string& type, const std::string& file, const std::vector<std::string>& contents);

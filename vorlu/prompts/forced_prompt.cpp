@@ -25,7 +25,6 @@ UpdatePrompt prepareForcedPrompt(Vorlu& vorlu, const ForcedPromptInput& input) {
   const ForcedUpdatesPrefs& prefs = vorlu.preferences.forced();
   const MessageWords words = messageWords(input, prefs);
   UpdatePrompt prompt;
-  prompt.section = PromptSection::forced;
   prompt.title = withWordsReplaced(textOr(prefs.customTitle, texts::forcedTitle), {{"appName", input.app.name}});
   prompt.initialMessage = promptMessage(prefs.initialQuitPromptMessage, texts::forcedInitial, words);
   prompt.graceMessage = promptMessage(prefs.gracePeriodQuitPromptMessage,

@@ -76,7 +76,6 @@ UpdatePrompt prepareScheduledPrompt(Vorlu& vorlu, const ScheduledPromptInput& in
   const ScheduledUpdatesPrefs& prefs = vorlu.preferences.scheduled();
   const MessageCase which = messageCase(input, prefs);
   UpdatePrompt prompt;
-  prompt.section = PromptSection::scheduled;
   prompt.selfService = which.selfService;
   setTexts(prompt, which, messageWords(vorlu, input, which, prefs), prefs);
   setSizes(prompt, which, prefs);

@@ -29,12 +29,6 @@ std::vector<PromptApp> promptApps(Vorlu& vorlu, const std::vector<ApplicationInv
   return apps;
 }
 
-std::string joinedNames(const std::vector<PromptApp>& apps) {
-  std::string names;
-  for (const PromptApp& app : apps) names += (names.empty() ? "" : ", ") + app.name;
-  return names;
-}
-
 std::string appListJson(const std::vector<PromptApp>& apps, RowStatus status) {
   std::string rows;
   for (const PromptApp& app : apps) {

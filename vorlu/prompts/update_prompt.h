@@ -21,8 +21,6 @@ struct PromptApp {
 
 /// The apps of these updates, in order, each with its icon.
 std::vector<PromptApp> promptApps(Vorlu& vorlu, const std::vector<ApplicationInventory>& updates);
-/// Names joined with ", ".
-std::string joinedNames(const std::vector<PromptApp>& apps);
 
 /// State of a list's rows: "pending" before an update, "fail" after a failed one.
 enum class RowStatus { pending, fail };
@@ -34,11 +32,8 @@ std::int64_t usableGraceMinutes(std::int64_t configured);
 /// `refreshInterval` as it is used: 10 to 120 seconds.
 std::int64_t usableRefreshInterval(std::int64_t configured);
 
-enum class PromptSection { scheduled, forced };
-
 /// Everything that the initial and the grace period prompt of a run show: ready texts, icons and sizes.
 struct UpdatePrompt {
-  PromptSection section = PromptSection::scheduled;
   bool selfService = false;  ///< the second button skips
   std::string title;
   std::string initialMessage;

@@ -52,12 +52,7 @@ TEST_F(AcceptableUseChain, WhatTheMacCannotTellStopsNothing) {
   mac.power.assertions = std::nullopt;
   mac.write("/Users/alice/Library/Preferences/com.apple.controlcenter.plist", "garbage");
   EXPECT_EQ(check(), std::nullopt);
-  const Lines lines = messages();
-  for (const char* line :
-       {"Found configured DND App Bundle IDs: .",
-        "Error: Could not obtain Application assertions. Unable to check for Apps currently using assertions",
-        "Unable to check if screen sharing is in use. The DND framework is unavailable."})
-    EXPECT_THAT(lines, testing::Contains(line));
+  EXPECT_EQ(messages().back(), "Unable to check if screen sharing is in use. The DND framework is unavailable.");
 }
 
 TEST_F(AcceptableUseChain, AsksTheCameraWhereTheSystemCanTell) {
