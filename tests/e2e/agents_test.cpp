@@ -3,7 +3,6 @@
 
 #include <cstdlib>
 #include <ctime>
-#include <sstream>
 
 #include "tests/e2e/app_server.h"
 #include "tests/e2e/simulated_mac.h"
@@ -22,7 +21,10 @@ struct Agents : SimulatedMacTest {
       const std::string name = fmt::format("App{}", app);
       const std::string hash = server.pack("zip", name + ".zip", {server.make(name, "2.0")});
       catalog.push_back(entryOf(name, "2.0", "zip", name + ".zip", hash));
-      catalog.back().preInstallScript = "echo begin >> /private/tmp/pipelines; sleep 5";
+      // The agent of the pipeline before may have been ended in the middle, but it may not be alive.
+      catalog.back().preInstallScript =
+          "f=/private/tmp/pipelines; touch $f; kill -0 $(sed -n '$s/begin //p' $f) 2>/dev/null && echo two >> $f; "
+          "echo begin $PPID >> $f; sleep 5";
       catalog.back().postInstallScript = "echo end >> /private/tmp/pipelines";
     }
     server.setCatalog(catalog);
@@ -44,25 +46,30 @@ TEST_F(Agents, TwentyAtOnceWorkOneAtATimeAndEnd) {
   setRate(8, 0);
   const char* asked = std::getenv("VORLU_ROUNDS");
   for (int round = 0; round < (asked ? std::atoi(asked) : 1); ++round) {
-    mac.shell("rm -rf /Applications/App*.app(N) /private/tmp/*(N)");
+    mac.shell("killall App5; rm -rf /Applications/App*.app(N) /private/tmp/*(N)");
     mac.addApplication("App5", "1.0", "com.example.App5");
+    mac.shell("open /Applications/App5.app");
+    mac.write("/private/var/db/dialog-answers", "0\n0\n0\n0\n0\n0\n0\n0\n");
     std::string line;
-    const char* others[] = {"-c App1-id", "-u check", "-u self", "-c App2-id"};
+    const char* others[] = {"-u run", "-c App1-id", "-u selfService", "-u check", "-u force", "-u self"};
     for (int agent = 0; agent < 20; ++agent) {
-      const std::string form = agent % 4 == 1 ? fmt::format("-i App{}-id", agent / 4) : others[(agent + agent / 8) % 4];
+      const bool installs = agent % 4 == 1;
+      const std::string form = installs ? fmt::format("-i App{}-id", agent / 4) : others[(agent + agent / 8) % 6];
       line += fmt::format("{{ vorlu {0} >/private/tmp/out{1} 2>&1; echo $? >/private/tmp/status{1} }} & ", form, agent);
     }
     EXPECT_EQ(mac.shell(line + "wait").status, 0);
-    std::istringstream pipelines(mac.read("/private/tmp/pipelines"));
-    std::string previous = "end", now;
-    for (; pipelines >> now; previous = now) EXPECT_NE(now, previous) << "two pipelines at once";
-    for (int agent = 0; agent < 20; ++agent)
-      EXPECT_EQ(mac.read(fmt::format("/private/tmp/status{}", agent)), "0\n")
+    EXPECT_THAT(mac.read("/private/tmp/pipelines"), testing::Not(testing::HasSubstr("two")));
+    for (int agent = 0; agent < 20; ++agent)  // background work may have been cancelled
+      EXPECT_THAT(mac.read(fmt::format("/private/tmp/status{}", agent)),
+                  testing::AnyOf("0\n", agent % 4 == 1 ? "0\n" : "143\n"))
           << "round " << round << ": " << mac.read(fmt::format("/private/tmp/out{}", agent));
     for (int app = 0; app + 1 < apps; ++app) EXPECT_EQ(version(app), "2.0") << "round " << round << ", App" << app;
     const auto runData = decodePropertyList<RunDataFile>(mac.read(paths::runData));
     EXPECT_TRUE(runData && runData->CurrentRunType == "N/A");
-    EXPECT_EQ(mac.shell("grep -B5 Killing /var/log/Vorlu.log").output, "");  // nobody was taken for a stuck one
+    EXPECT_EQ(mac.shell("grep -E -B5 'hung|stuck|longer than|initialise. K|already completed|still queued' "
+                        "/var/log/Vorlu.log")
+                  .output,
+              "");  // nobody was taken for a stuck one
   }
 }
 

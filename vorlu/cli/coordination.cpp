@@ -157,9 +157,14 @@ Coordinator::Outcome Coordinator::judgeByAge(const Duplicate& other) {
 }
 
 Coordinator::Outcome Coordinator::killed(const Duplicate& other, bool ended) {
-  if (ended) return Outcome::lookAgain;
-  vorlu_.log(fmt::format("Error: The Vorlu process {} could not be stopped", other.pid));
-  return Outcome::failed;
+  if (!ended) {
+    vorlu_.log(fmt::format("Error: The Vorlu process {} could not be stopped", other.pid));
+    return Outcome::failed;
+  }
+  const Duplicates left = search();
+  // With another one ahead, the run type may be that one's.
+  if (left.searched && left.ahead.empty()) clearTracesOfCrash(vorlu_);
+  return Outcome::lookAgain;
 }
 
 Coordinator::Outcome Coordinator::endStuckAgent(const Duplicate& other) {

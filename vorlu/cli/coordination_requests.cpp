@@ -59,7 +59,8 @@ Coordinator::Outcome Coordinator::awaitInitialisation(const Duplicate& other) {
 
 Coordinator::Outcome Coordinator::awaitRunType(const Duplicate& other, const RunTypeRule& rule,
                                                const std::string& runType) {
-  const auto stands = [&] { return readRunType(vorlu_) == runType; };
+  // The same row stands for several run types that a run passes through.
+  const auto stands = [&] { return &ruleFor(readRunType(vorlu_), requester_) == &rule; };
   switch (pollOther(other, requestPolls, stands)) {
     case WaitEnd::gone:
       return Outcome::lookAgain;

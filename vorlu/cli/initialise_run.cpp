@@ -59,6 +59,12 @@ void tellOfStop(Vorlu& vorlu, const StartUp& startUp, std::string_view code) {
   endRun(vorlu, 1);
 }
 
+/// By the run type that a killed run has left, agents that start now would judge this one: it may not stand until the
+/// coordination clears it.
+void forgetKilledRun(Vorlu& vorlu) {
+  if (readRunType(vorlu) != "N/A") static_cast<void>(isAlone(vorlu));
+}
+
 void keepCertificatesFresh(Vorlu& vorlu, const StartUp& startUp) {
   if (!checkInternetConnection(vorlu)) return;
   if (refreshCertificates(vorlu) == CertificateRefresh::failed) stop(vorlu, startUp, "001");
@@ -152,7 +158,7 @@ void refuseValidationWithoutRoot(Vorlu& vorlu) {
 }  // namespace
 
 void initialiseRun(Vorlu& vorlu, const StartUp& startUp) {
-  if (startUp.validateOnly) refuseValidationWithoutRoot(vorlu);
+  startUp.validateOnly ? refuseValidationWithoutRoot(vorlu) : forgetKilledRun(vorlu);
   vorlu.modes.runStage = "Initialising";
   removeOldInstallations(vorlu);
   obtainKeyMaterial(vorlu);

@@ -6,7 +6,6 @@
 #include <chrono>
 
 #include "vorlu/state/dialog_command.h"
-#include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -64,16 +63,13 @@ bool endAgent(Vorlu& vorlu, const Duplicate& agent) {
 bool killDuplicate(Vorlu& vorlu, const Duplicate& agent) {
   writeDialogCommand(vorlu, "quit:");
   vorlu.platform.clock.sleep(seconds(1));
-  const bool ended = endAgent(vorlu, agent);
-  if (ended) clearTracesOfCrash(vorlu);
-  return ended;
+  return endAgent(vorlu, agent);
 }
 
 bool killHungInstall(Vorlu& vorlu, const Duplicate& agent) {
   const bool ended = endAgent(vorlu, agent);
   writeDialogCommand(vorlu, "quit:");
   vorlu.platform.clock.sleep(seconds(2));
-  if (ended) clearTracesOfCrash(vorlu);
   return ended;
 }
 

@@ -41,6 +41,7 @@ FetchEnd fetchIcon(Vorlu& vorlu, const AppBlueprints& entry, const std::string& 
   transfer.url = orEmpty(entry.cloudIcon);
   transfer.destination = path;
   FetchEnd end = fetchInto(vorlu, transfer);
+  if (transfer.url.empty()) return end;
   if (end == FetchEnd::done && isWebPage(vorlu.platform.files, path)) {
     vorlu.log(fmt::format("Error: The file at URL {} is not an icon and was removed", transfer.url));
     vorlu.platform.files.remove(path);

@@ -7,6 +7,7 @@
 #include "vorlu/install/running_apps.h"
 #include "vorlu/prompts/app_icon.h"
 #include "vorlu/prompts/completion_prompt.h"
+#include "vorlu/prompts/console_session.h"
 #include "vorlu/prompts/progress_window.h"
 #include "vorlu/prompts/prompt_icons.h"
 #include "vorlu/prompts/prompt_position.h"
@@ -51,6 +52,7 @@ void publishWindow(Vorlu& vorlu) {
 }
 
 void show(Vorlu& vorlu, CancelPrompt prompt) {
+  if (!somebodyAtConsole(vorlu)) return;  // it would stand there for ever
   prompt.position = position(vorlu);
   showCancelPrompt(vorlu, prompt);
 }
@@ -103,6 +105,7 @@ void tellCancelled(Vorlu& vorlu, const std::string& reason) {
 }
 
 void offerLaunch(Vorlu& vorlu, const std::string& path) {
+  if (!somebodyAtConsole(vorlu)) return;
   showCompletePrompt(vorlu,
                      InstallCompletePrompt{vorlu.currentApp.appName, path, vorlu.progress.appIcon, position(vorlu)});
 }

@@ -15,12 +15,14 @@ void openInstallWindow(Vorlu& vorlu);
 /// Shows in the window that the install was cancelled, after this many last ticks of the bar, and closes it.
 void closeCancelledWindow(Vorlu& vorlu, int ticks);
 
-/// Tells the user why there is no new app, and waits until the prompt is closed.
+/// Tells the user why there is no new app, and waits until the prompt is closed. With nobody at the console there is no
+/// prompt.
 void tellCancelled(Vorlu& vorlu, CancelReason reason, const std::string& appName);
 /// The same in these words.
 void tellCancelled(Vorlu& vorlu, const std::string& reason);
 
-/// Tells that the selected app was installed at `path`, and opens it if the user wants to.
+/// Tells that the selected app was installed at `path`, and opens it if the user wants to. With nobody at the console
+/// there is no prompt.
 void offerLaunch(Vorlu& vorlu, const std::string& path);
 
 }  // namespace vorlu

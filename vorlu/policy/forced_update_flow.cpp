@@ -47,7 +47,9 @@ void forcedUpdateFlow(Vorlu& vorlu) {
   setCurrentRunType(vorlu, "forcedUpdateRequired");
   recoverPlacement(vorlu);  // an app that a killed run has moved aside is no missing one
   for (const std::string& item : items) {
-    if (const auto app = markedApp(item)) processForcedReceipt(vorlu, *app);
+    const auto app = markedApp(item);
+    // The receipts before it may have taken hours, in which an administrator can take a mark back.
+    if (app && vorlu.platform.files.exists(forcedReceiptPath(*app))) processForcedReceipt(vorlu, *app);
   }
   setCurrentRunType(vorlu, "N/A");
 }

@@ -18,7 +18,7 @@ InstallOutcome update(Vorlu& vorlu, const ApplicationInventory& record, const Pa
   request.installedPath = record.installedPath;
   request.installedVersion = record.installedVersion;
   request.operationLabel = "update";
-  request.recordFailure = settings.recordFailure;
+  request.recordFailure = true;
   request.checkRunning = true;
   request.cacheOnly = settings.cacheOnly;
   return runInstallPipeline(vorlu, request);
@@ -38,8 +38,7 @@ std::optional<InstallOutcome> updateOne(Vorlu& vorlu, const ApplicationInventory
   const std::string serverName = vorlu.currentApp.serverName;
   const InstallOutcome outcome = update(vorlu, record, settings);
   if (outcome == InstallOutcome::installed) noteUpdate(vorlu.updates, serverName, record.appName);
-  if (outcome == InstallOutcome::failed && settings.recordFailure)
-    vorlu.updates.failedAppNames.push_back(record.appName);
+  if (outcome == InstallOutcome::failed) vorlu.updates.failedAppNames.push_back(record.appName);
   return outcome;
 }
 
@@ -63,7 +62,7 @@ PassResult runUpdatePass(Vorlu& vorlu, const PassSettings& settings) {
 
 void initialiseUpdates(Vorlu& vorlu) {
   vorlu.log("Checking for updates. Please wait...");
-  const PassResult pass = runUpdatePass(vorlu, {.recordFailure = true});
+  const PassResult pass = runUpdatePass(vorlu, {});
   if (!pass.nothingPending && pass.allInstalled) recordCompliance(vorlu);
 }
 

@@ -6,8 +6,7 @@ struct Vorlu;
 
 /// How a pass treats what it finds.
 struct PassSettings {
-  bool recordFailure = false;  ///< keep the failed apps in `updates.failedUpdates`
-  bool cacheOnly = false;      ///< fetch installers and install nothing
+  bool cacheOnly = false;  ///< fetch installers and install nothing
 };
 
 /// What became of the pending updates.
@@ -18,7 +17,8 @@ struct PassResult {
 };
 
 /// Looks for updates and, without asking anybody, installs those of apps that aren't in use; installers of the others
-/// stay in the cache, and `updates.skippedUpdates` names those apps. Puts back first what a killed run moved aside.
+/// stay in the cache, and `updates.skippedUpdates` names those apps; `updates.failedUpdates` those that failed, which
+/// keep a later step of the run from counting the computer as compliant. Puts back first what a killed run moved aside.
 PassResult runUpdatePass(Vorlu& vorlu, const PassSettings& settings);
 
 /// The pass of a flow that asks the user afterwards. Compliance is recorded when it has emptied the list, or when a

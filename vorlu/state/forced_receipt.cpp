@@ -65,6 +65,7 @@ ReceiptData loadForcedReceipt(FileManager& files, const std::string& path) {
 
 void updateReceipt(Vorlu& vorlu, const std::string& path, const ReceiptData& receipt) {
   FileManager& files = vorlu.platform.files;
+  if (!files.exists(path)) return;
   const std::string text = changedReceipt(files, path, receipt);
   const Status written = text.empty() ? Status(Failure{path + ": it can't be encoded"})
                                       : files.writeAtomically(path, text, stateOwnership);

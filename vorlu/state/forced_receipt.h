@@ -25,7 +25,7 @@ std::string forcedReceiptPath(const std::string& app);
 ReceiptData loadForcedReceipt(FileManager& files, const std::string& path);
 
 /// Stores what has changed of the receipt, as an XML property list; the administrator's other keys stay. A failed write
-/// is logged.
+/// is logged. A receipt that an administrator has removed meanwhile doesn't come back.
 void updateReceipt(Vorlu& vorlu, const std::string& path, const ReceiptData& receipt);
 
 /// Deferrals that the administrator still grants; nothing when none are allowed at all ("N/A", or no number).

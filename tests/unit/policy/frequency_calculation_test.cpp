@@ -26,7 +26,7 @@ TEST(FrequencyCalculation, ReckonsBackFromASecondOfTheWeek) {
   EXPECT_EQ(FrequencyCalculation(clock).lastPatchDayStartTime(7), midnight + 5 * day);
 }
 
-/// Today is Monday the 2nd of March 2026, 12:00; `lastRun` is told in seconds before that.
+/// Today is Monday the 2nd of March 2026, 12:00; `lastRun` is told in seconds before that, -1 for none.
 struct SchemeCase {
   const char* keys;  ///< of `runFrequency`, "key=value" each
   std::int64_t lastRunAgo;
@@ -59,7 +59,7 @@ TEST_P(SchemeGate, DecidesAndLeavesRunDataAlone) {
   const SchemeCase& scheme = GetParam();
   setPreferences("ScheduledUpdates", "<key>runFrequency</key><dict>" + plistKeys(scheme.keys) + "</dict>");
   RunDataFile file;
-  if (scheme.lastRunAgo >= 0) file.LastRun = static_cast<std::int64_t>(VirtualClock::defaultStart) - scheme.lastRunAgo;
+  if (scheme.lastRunAgo != -1) file.LastRun = static_cast<std::int64_t>(VirtualClock::defaultStart) - scheme.lastRunAgo;
   file.UserDeferred = scheme.userDeferred;
   store(file);
   const std::string before = mac.read(paths::runData);
@@ -87,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(
         SchemeCase{"", 7 * day, true, true, "No updates have occurred in the last week"},
         SchemeCase{"", 7 * day - 1, false, false, "An update has occurred in the last week. No action is required."},
         SchemeCase{"", 7 * day - 1, true, false, "single prompt mode is enabled. No action is required."},
-        SchemeCase{"", -400 * day, false, true, "No updates have occurred"},
+        SchemeCase{recurring, -day, true, false, "The deferral period has not elapsed."},
         SchemeCase{"frequencyOption=ONEDAY", day, false, true, "Run frequency option configured: Once every day"},
         SchemeCase{"frequencyOption=sometimes", 1, true, true,
                    "Error: Invalid frequencyOption key configured: sometimes"},
