@@ -41,23 +41,6 @@ try() { # NAME STATUS ACTION FLAG…
   eval "$3"
   ends "$1" "$2"
 }
-picture() { # what the screen shows, once it has come to rest
-  local seen='' before=none
-  for ((i = 0; i < 100; ++i)); do
-    [[ $seen != "$before" ]] || break
-    before=$seen
-    sleep 0.15
-    seen=$(md5sum <"$folder/Xvfb_screen0")
-  done
-  echo "$seen"
-}
-changes() { # LINE of the command file
-  local before
-  before=$(picture)
-  tell "$1"
-  for ((n = 0; n < 40; ++n)); do [[ $(picture) == "$before" ]] || return; done
-  echo "nothing is seen of $1"
-}
 )sh";
 
 const std::string endings = R"sh(
@@ -89,22 +72,6 @@ done
 grep -q 'ignored --unknown' "$folder/errors" || echo 'nothing is said of an unknown flag'
 )sh";
 
-const std::string lines = R"sh(
-show --title Before --message M --icon /none --listitem 'A: B' --progress 4
-tell 'progress: 1' # from here on nothing moves by itself
-changes 'progress: 2'
-changes 'progress: complete'
-changes 'progresstext: Nearly there ✅'
-changes 'message: **New**'
-changes 'icon: /Applications/Slides.app'
-changes 'listitem: A: B: success'
-changes 'listitem: A: B: 40 %'
-changes 'title: After'
-[[ $(xdotool getwindowname "$window") == After ]] || echo 'the window has its old title'
-tell 'quit:'
-ends 'quit line' 10
-)sh";
-
 // What was found to be wrong.
 std::string complaintsOf(const std::string& script) {
   const test::TemporaryFolder folder;
@@ -124,10 +91,6 @@ class DialogWindowTest : public ::testing::Test {
 
 TEST_F(DialogWindowTest, EachEndHasItsStatus) {
   EXPECT_EQ(complaintsOf(endings), "");
-}
-
-TEST_F(DialogWindowTest, EachLineOfTheCommandFileIsSeen) {
-  EXPECT_EQ(complaintsOf(lines), "");
 }
 
 }  // namespace

@@ -66,10 +66,6 @@ void SimulatedMac::boot() {
   mustWork({sourceFile("simulator/mac"), "boot", path("")});
 }
 
-void SimulatedMac::shutdown() {
-  mustWork({sourceFile("simulator/mac"), "shutdown", path("")});
-}
-
 Outcome SimulatedMac::run(const std::vector<std::string>& command, const std::string& user) {
   return runOnMachine(joined({sourceFile("simulator/mac"), "run", path(""), "--user", user}, command));
 }
@@ -97,9 +93,9 @@ std::vector<std::string> SimulatedMac::toolCalls() const {
   return calls;
 }
 
-void SimulatedMac::addApplication(const std::string& name, const std::string& version, const std::string& identifier,
-                                  const std::vector<std::string>& options, const std::string& folder) const {
-  mustWork(joined({sourceFile("simulator/make-app"), name, version, identifier, "--out", path(folder)}, options));
+void SimulatedMac::addApplication(const std::string& name, const std::string& version,
+                                  const std::string& identifier) const {
+  mustWork({sourceFile("simulator/make-app"), name, version, identifier, "--out", path("/Applications")});
 }
 
 void SimulatedMacTest::SetUp() {

@@ -38,8 +38,6 @@ class SimulatedMac {
   SimulatedMac& operator=(const SimulatedMac&) = delete;
 
   void boot();
-  /// Does nothing on a Mac that isn't booted.
-  void shutdown();
 
   /// Runs a command in the Mac to its end, as root or as `user`.
   Outcome run(const std::vector<std::string>& command, const std::string& user = "root");
@@ -55,9 +53,8 @@ class SimulatedMac {
   void setHost(const std::string& key, const std::string& json);
   /// Calls of the stand-ins since the Mac was made, in order.
   std::vector<std::string> toolCalls() const;
-  /// Puts an application into `folder`; `options` are those of make-app.
-  void addApplication(const std::string& name, const std::string& version, const std::string& identifier,
-                      const std::vector<std::string>& options = {}, const std::string& folder = "/Applications") const;
+  /// Puts an application into /Applications.
+  void addApplication(const std::string& name, const std::string& version, const std::string& identifier) const;
 
  private:
   test::TemporaryFolder temporary_;  // holds the Mac's folder, so that the

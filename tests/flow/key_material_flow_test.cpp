@@ -16,8 +16,6 @@ const std::string contact = "If the issue persists, contact support@example.com"
 const std::string noComponents =
     "Error: Could not obtain key components required for Vorlu. Please review the Vorlu network requirements. " +
     contact;
-const std::string noCertificates =
-    "Error: Could not obtain certificates from the keychain. Please review the Vorlu network requirements. " + contact;
 const std::string corruptStore =
     "Error: Vorlu terminated because the Vorlu keychain data appears to be corrupt. " + contact;
 const std::string corruptForJamf = "Error: Vorlu terminated because the Vorlu keychain data is corrupt. " + contact;
@@ -59,13 +57,6 @@ TEST_F(KeyMaterialFlow, ServerThatGivesNothingIsAskedTwice) {
   onRequest = nullptr;
   populateKeychain(vorlu, true);
   EXPECT_FALSE(vorlu.keys.keychainWriteFailed) << "a later success counts";
-
-  deleteKeychainItems(vorlu);
-  Vorlu& next = newRun();
-  answer("/secrets", 403, "{}");
-  EXPECT_EQ(endOf([&] { fetchInventoryValue(next, liveBlueprints, true); }), 1);
-  EXPECT_THAT(logged(), ElementsAre(noKeychainData, noComponents, noCertificates, "Exiting..."));
-  EXPECT_THAT(toldJamf(), ElementsAre(noComponents, noCertificates));
 }
 
 TEST_F(KeyMaterialFlow, BlockForOtherKeysIsFetchedAnewOnce) {

@@ -10,7 +10,6 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::IsSupersetOf;
 
 class PipelineFlow : public InstallRun {
  protected:
@@ -42,23 +41,6 @@ TEST_F(PipelineFlow, UpdatesByHash) {
   EXPECT_THAT(leftovers(), IsEmpty());
   EXPECT_THAT(*mac.files.list("/Applications"), ElementsAre("Slides.app"));
   EXPECT_THAT(mac.power.calls, ElementsAre("create Initialising Slides update", "release 1"));
-}
-
-TEST_F(PipelineFlow, SignatureAloneDecidesWhenItIsAskedFor) {
-  AppBlueprints& app = addToCatalog("Slides");
-  install("Slides");
-  app.verifySignature = std::nullopt;  // absent asks for it
-  app.universalInstallerHash = "wrong";
-  app.expectedCodeSignature = "Example Inc (ABCDE12345)";
-  mac.processes.on("/usr/bin/codesign -dv --verbose=4 '" + paths::output + "/Slides.app'",
-                   {.output = "  Authority=Developer ID Application: Example Inc (ABCDE12345)\n"
-                              "Authority=Developer ID Certification Authority: Other\n"});
-  EXPECT_EQ(update(), InstallOutcome::installed);
-  Lines expected = linesOfUpdate("Slides", "wrong");
-  const Lines proof = {"Verifying signing information...", "Found signature: Example Inc (ABCDE12345)",
-                       "Signing verification complete. The App matches the expected code signing. Continuing..."};
-  expected.insert(expected.begin() + 12, proof.begin(), proof.end());
-  EXPECT_EQ(messages(), expected);
 }
 
 TEST_F(PipelineFlow, RefusesWhatIsNotSignedAsExpected) {
@@ -107,31 +89,11 @@ TEST_F(PipelineFlow, EachRefusalHasItsLinesAndLeavesNothing) {
     EXPECT_EQ(lastOf(messages(), expected.size()), expected) << what;
     EXPECT_EQ(vorlu.progress.cancelText, cancelText) << what;
   };
-  const std::string wrong(64, '0');
   const std::string contact = site.supportContact();
-  const Lines notFound = {"Error: No valid installers were found for Slides",
-                          fmt::format("Please contact {} for further assistance", contact), "Removing downloads..."};
-  const std::string filesMissing =
-      "The Slides install was cancelled because the required install files could not be found";
   const std::string unsupported = "The update was cancelled because Slides is unsupported on macOS 14.5.0";
   const std::string incompatible =
       "Error: Slides is not compatible with this macOS version. Installed OS: 14.5.0, Required: ";
 
-  refused(
-      "wrong hash", "The Slides install was cancelled because the installer file could not be verified",
-      [&](auto& app) { app.universalInstallerHash = wrong; },
-      {"Error: The sha256 hash for the Slides installer does not match the expected hash.", "Expected hash: " + wrong,
-       "Actual hash: " + sha256(appArchive("Slides.app", "2.0")), "Cancelling the update", "Removing downloads..."});
-  const std::string archive = paths::downloads + "/Slides-v2.0.zip";
-  refused(
-      "login page", filesMissing, [&](auto& app) { serve(app, "login page"); },
-      joined({"Error: Could not extract " + archive + " - bsdtar: Error opening archive: Unrecognized archive format"},
-             notFound));
-  const std::pair<const char*, std::optional<Strings>> badItems[] = {
-      {"missing item", Strings{"REGEX:^Sheets.*[.]app$"}}, {"no items", std::nullopt}, {"bad pattern", {{"REGEX:("}}}};
-  for (const auto& [what, items] : badItems)
-    refused(
-        what, filesMissing, [&, list = items](auto& app) { app.sourceItems = list; }, notFound);
   refused("unknown type", "The Slides install was cancelled because the downloaded file type was not recognised",
           [](auto& app) { app.downloadFileType = "../rar"; },
           {"Slides is not running. Continuing...", "Error: Unrecognised download file type",
@@ -166,17 +128,6 @@ TEST_F(PipelineFlow, EachRefusalHasItsLinesAndLeavesNothing) {
            "Available: 200000000 KB"});
 }
 
-TEST_F(PipelineFlow, InstallsOnlyWhatMayBeInstalled) {
-  addToCatalog("Slides").installsAllowed = false;
-  InstallRequest request = updateOf("Slides");
-  request.operationLabel = "install";
-  request.enforceInstallable = true;
-  EXPECT_EQ(runInstallPipeline(vorlu, request), InstallOutcome::failed);
-  EXPECT_THAT(messages(), ElementsAre("Preventing idle sleep...", "Error: Slides is not installable via Vorlu",
-                                      "Allowing idle sleep..."));
-  EXPECT_EQ(vorlu.progress.cancelText, "The install was cancelled because Slides is not available for installs");
-}
-
 TEST_F(PipelineFlow, LimitsThatAreJustMetPass) {
   AppBlueprints& app = addToCatalog("Slides");
   install("Slides");
@@ -185,28 +136,6 @@ TEST_F(PipelineFlow, LimitsThatAreJustMetPass) {
   app.minimumOS = app.maximumOS = "14.5.0";
   EXPECT_EQ(update(), InstallOutcome::installed);
   EXPECT_THAT(messages(), Contains("14.5.0 is the same or below the maximum allowed macOS Version (14.5.0)"));
-}
-
-TEST_F(PipelineFlow, TriesADownloadTwentyTimes) {
-  addToCatalog("Slides");
-  install("Slides");
-  answers.clear();
-  expectCleanFailure("404");
-  const Lines attempt = {"Downloading universal Slides installer...",
-                         fmt::format("Could not download file from URL {}. Status code: 404", server.url("/0.zip"))};
-  Lines expected = attempt;
-  for (int number = 2; number <= 20; ++number) {
-    expected.push_back(fmt::format("The Slides download failed. Retrying (attempt {} of 20)", number));
-    expected = joined(expected, attempt);
-  }
-  expected.push_back(
-      "Error: The Slides installer could not be downloaded. Please ensure the network connection is stable and verify "
-      "there are no network restrictions then retry the update");
-  expected.push_back("Allowing idle sleep...");
-  EXPECT_EQ(lastOf(messages(), expected.size()), expected);
-  EXPECT_EQ(server.requests().size(), 20U);
-  EXPECT_EQ(vorlu.progress.cancelText,
-            "Slides could not be downloaded. Please check your internet connection and try again");
 }
 
 TEST_F(PipelineFlow, RecoversFromATransferThatBreaks) {
@@ -222,22 +151,6 @@ TEST_F(PipelineFlow, RecoversFromATransferThatBreaks) {
   answers["/My Slides 1.zip"] = reply(200, archive);
   EXPECT_EQ(update(), InstallOutcome::installed);
   EXPECT_EQ(server.requests().back().header("X-Key"), "value");
-}
-
-TEST_F(PipelineFlow, StaleFileCostsAnInstallItsFirstAttempt) {
-  addToCatalog("Slides");
-  const std::string file = paths::downloads + "/Slides-v2.0.zip";
-  mac.write(file, "stale");
-  InstallRequest request;
-  request.appName = "Slides";
-  request.enforceInstallable = true;
-  request.operationLabel = "install";
-  EXPECT_EQ(runInstallPipeline(vorlu, request), InstallOutcome::installed);
-  EXPECT_THAT(messages(), IsSupersetOf({"Requested download already exists at path: " + file,
-                                        std::string("Removing previous download..."),
-                                        std::string("The Slides download failed. Retrying (attempt 2 of 20)")}));
-  EXPECT_EQ(server.requests().size(), 1U);
-  EXPECT_EQ(installedVersion("Slides"), "2.0");
 }
 
 TEST_F(PipelineFlow, CachedInstallerIsVerifiedAllTheSame) {
@@ -265,15 +178,8 @@ TEST_F(PipelineFlow, FileChangedAfterItsDownloadIsReadAgain) {
 TEST_F(PipelineFlow, LeavesAnAppInUseAlone) {
   AppBlueprints& app = addToCatalog("Slides");
   install("Slides");
-  vorlu.updates.currentUpdate.appName = "Slides";
   mac.applications.running = {"com.example.Slides"};
   EXPECT_EQ(update(), InstallOutcome::inUse);
-  EXPECT_THAT(lastOf(messages(), 3),
-              ElementsAre("Checking if Slides is running....", "Slides is currently in use. Skipping the update...",
-                          "Allowing idle sleep..."));
-  EXPECT_TRUE(vorlu.progress.appInUseSeen && !vorlu.progress.installFailed);
-  ASSERT_EQ(vorlu.updates.skippedUpdates.size(), 1U);
-  EXPECT_EQ(vorlu.updates.skippedUpdates[0].appName, "Slides");
   EXPECT_THAT(leftovers(), ElementsAre("Slides-v2.0.zip")) << "kept for the time it isn't in use";
 
   app.updateWhileRunning = true;
@@ -282,43 +188,6 @@ TEST_F(PipelineFlow, LeavesAnAppInUseAlone) {
   EXPECT_EQ(update(), InstallOutcome::installed);
   EXPECT_THAT(lastOf(tools(), 2),
               ElementsAre("zsh: killall run", "zsh: su 'o'\\''neil' -c 'open -a \"/Applications/Slides.app\"'"));
-}
-
-TEST_F(PipelineFlow, NothingOfOneAppReachesTheNext) {
-  AppBlueprints& bad = addToCatalog("Slides");
-  const AppBlueprints& good = addToCatalog("Notes");
-  install("Slides");
-  install("Notes");
-  bad.blockingApps = Strings{"slides helper"};
-  bad.preInstallScript = "echo from slides";
-  bad.universalInstallerHash = "wrong";
-  EXPECT_EQ(update("Slides"), InstallOutcome::failed);
-  messages();
-  EXPECT_EQ(update("Notes"), InstallOutcome::installed);
-  EXPECT_EQ(messages(), linesOfUpdate("Notes", *good.universalInstallerHash));
-  EXPECT_FALSE(vorlu.progress.installFailed || vorlu.progress.downloadFailed);
-  EXPECT_EQ(vorlu.progress.cancelText, "");
-  EXPECT_EQ(update("Unknown"), InstallOutcome::failed);
-  EXPECT_THAT(vorlu.updates.failedUpdates, ElementsAre("server.Slides", "Unknown"));
-}
-
-TEST_F(PipelineFlow, RunsScriptsAroundTheCopy) {
-  AppBlueprints& app = addToCatalog("Slides");
-  install("Slides");
-  app.preInstallScript = "#!/bin/bash\nif true; then\necho a;\nfi\nexit 0";
-  app.postInstallScript = "case x in\nx) echo done ;;\nesac";
-  Lines versions;
-  const auto noteVersion = [&](const Command&) { versions.push_back(installedVersion("Slides")); };
-  mac.processes.on("/bin/bash -c 'if true; then echo a;fi'",
-                   {.output = "", .status = 1, .effect = noteVersion, .pieces = {"one\ntw", "o\n\n  \n", "three"}});
-  mac.processes.on("zsh: case x in;x) echo done ;;esac", {.output = "", .effect = noteVersion, .timedOut = true});
-  EXPECT_EQ(update(), InstallOutcome::installed);
-  EXPECT_THAT(versions, ElementsAre("1.0", "2.0"));
-  Lines lines = lastOf(messages(), 9);
-  lines.resize(6);
-  EXPECT_THAT(lines,
-              ElementsAre("Running pre-install scripts...", "one", "two", "three", "Running post-install scripts...",
-                          "Error: /bin/zsh did not end within 1800 seconds and was stopped"));
 }
 
 TEST_F(PipelineFlow, FullDiskAtAnyWriteLeavesAWorkingApp) {

@@ -54,23 +54,11 @@ TEST_F(StartUpTest, FetchesKeyMaterialOnceAndIsQuietAfterwards) {
 TEST_F(StartUpTest, WithoutInternet) {
   answer("/connectivity", 503, "");
   freshWithKeys();
-  EXPECT_EQ(start(), 1);
-  EXPECT_EQ(logged(), (Lines{"Error: No internet connection was detected. Please connect the computer to the internet "
-                             "before running Vorlu again",
-                             "Exiting...", "Exiting..."}));
-  freshWithKeys();
   EXPECT_EQ(start({.offlineTolerated = true}), std::nullopt);
   EXPECT_EQ(logged(),
             Lines{"Warning: No internet connection was detected. Any updates already cached will be installed "
                   "but no new updates will be downloaded"});
   EXPECT_EQ(runData().CurrentRunType.value_or("N/A"), "N/A");
-}
-
-TEST_F(StartUpTest, RefreshesKeyMaterialOfAnOlderStamp) {
-  serve("timestamp.json", R"({"timestamp": 1700000000})");
-  freshWithKeys();
-  EXPECT_EQ(start(), std::nullopt);
-  EXPECT_EQ(logged(), joined({"Updating Vorlu certificates..."}, keysAdded));
 }
 
 TEST_F(StartUpTest, StopsWhereItCannotGoOn) {
@@ -108,24 +96,6 @@ TEST_F(StartUpTest, StopsWhereItCannotGoOn) {
   }
 }
 
-TEST_F(StartUpTest, YieldsToAnotherAgentWithoutATrace) {
-  RunDataFile other;
-  other.CurrentRunType = "appInstallRun:firefox";
-  other.SecretsTimestamp = 5;
-  freshWithKeys();
-  setRunData(other);
-  mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "4711\n"});
-  mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "4711\n"});
-  ASSERT_EQ(start(), std::nullopt);  // nobody there at the first look
-  freshWithKeys();
-  setRunData(other);
-  mac.console.take();
-  EXPECT_EQ(start(), 0);
-  EXPECT_EQ(mac.console.lines(),
-            (Lines{"Another instance of Vorlu is already being run by root under proccess ID: 4711", "Exiting..."}));
-  EXPECT_EQ(runData().CurrentRunType, "appInstallRun:firefox");
-}
-
 TEST_F(StartUpTest, SetsCorruptRunDataAside) {
   // a wrong type alone doesn't keep other keys from being changed first
   const std::pair<std::string, const char*> cases[] = {
@@ -151,21 +121,6 @@ TEST_F(StartUpTest, RemovesWhatOlderVersionsLeftAndNothingElse) {
   EXPECT_EQ(start(), std::nullopt);
   for (const auto& path : old) EXPECT_FALSE(mac.exists(path)) << path;
   for (const auto& path : others) EXPECT_TRUE(mac.exists(path)) << path;
-}
-
-TEST_F(StartUpTest, ValidationNeedsACatalogFromSomewhere) {
-  answer("/live", 503, "{}");
-  freshWithKeys();
-  EXPECT_EQ(start({.validateOnly = true}), 1);
-  EXPECT_THAT(
-      logged(),
-      testing::Contains(
-          "Error: No Application data was found. Unable to continue. For support please contact support@example.com"));
-  freshWithKeys();
-  mac.write(paths::offlineData, "[]");
-  mac.processes.takeCommands();
-  EXPECT_EQ(start({.validateOnly = true}), std::nullopt);
-  EXPECT_EQ(mac.processes.takeCommands(), Lines{});  // beside any other agent
 }
 
 }  // namespace

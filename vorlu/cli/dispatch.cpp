@@ -63,11 +63,6 @@ void requireRoot(Vorlu& vorlu, const char* line) {
   exitProcess(0);
 }
 
-[[noreturn]] void endWithoutFlow(Vorlu& vorlu, std::string_view form) {
-  vorlu.platform.console.print(fmt::format("This build of Vorlu lacks the flow of {}", form));
-  exitProcess(1);
-}
-
 std::string lowered(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
   return text;
@@ -160,7 +155,7 @@ void testUpdates(Vorlu& vorlu, const Arguments& arguments) {
   testUpdateFlow(vorlu);
 }
 
-void checkForNewUpdates(Vorlu& vorlu) {
+void checkForNewUpdates(Vorlu& vorlu, const std::string& /*form*/) {
   vorlu.modes.updateMode = true;
   initialiseRun(vorlu, {});
   updateCheckFlow(vorlu, false);
@@ -168,7 +163,7 @@ void checkForNewUpdates(Vorlu& vorlu) {
   endRun(vorlu, 0);
 }
 
-void updateAgent(Vorlu& vorlu) {
+void updateAgent(Vorlu& vorlu, const std::string& /*form*/) {
   vorlu.modes.updateMode = true;
   if (vorlu.preferences.general().autoUpdate) {
     fetchServerData(vorlu);
@@ -197,34 +192,43 @@ void updateFromSelfService(Vorlu& vorlu, const std::string& form) {
   endRun(vorlu, vorlu.modes.runExitStatus);
 }
 
-void forceUpdates(Vorlu& vorlu) {
+void forceUpdates(Vorlu& vorlu, const std::string& /*form*/) {
   vorlu.modes.forcedMode = true;
   announceForcedUpdates(vorlu);
   initialiseRun(vorlu, {});
   forcedUpdateFlow(vorlu);
 }
 
+void runRecurring(Vorlu& vorlu, const std::string& /*form*/) {
+  recurringRun(vorlu);
+}
+
+struct UpdateForm {
+  std::string_view form;  ///< in lower case
+  void (*flow)(Vorlu& vorlu, const std::string& form);
+};
+constexpr std::array updateForms = {UpdateForm{"-force", forceUpdates},
+                                    UpdateForm{"force", forceUpdates},
+                                    UpdateForm{"prompt", promptForUpdates},
+                                    UpdateForm{"testprompt", promptForUpdates},
+                                    UpdateForm{"timerprompt", promptForUpdates},
+                                    UpdateForm{"selfservice", updateFromSelfService},
+                                    UpdateForm{"run", runRecurring},
+                                    UpdateForm{"check", checkForNewUpdates},
+                                    UpdateForm{"self", updateAgent}};
+
 void update(Vorlu& vorlu, const Arguments& arguments) {
   const std::string& subArgument = requireSubArgument(vorlu, arguments, {"-u", "--update"});
-  static constexpr std::array forms = {"-force",      "force", "prompt", "testprompt", "timerprompt",
-                                       "selfservice", "run",   "check",  "self"};
   const std::string form = lowered(subArgument);
-  if (std::find(forms.begin(), forms.end(), form) == forms.end()) {
+  const auto* known = std::find_if(updateForms.begin(), updateForms.end(),
+                                   [&form](const UpdateForm& candidate) { return candidate.form == form; });
+  if (known == updateForms.end()) {
     vorlu.platform.console.print(fmt::format("Invalid update argument: {}", subArgument));
     printUsage(vorlu);
     return;
   }
   requireRoot(vorlu, rootForUpdates);
-  if (form == "force" || form == "-force") return forceUpdates(vorlu);
-  if (form == "check") {
-    checkForNewUpdates(vorlu);
-    return;
-  }
-  if (form == "self") return updateAgent(vorlu);
-  if (form == "run") recurringRun(vorlu);
-  if (form == "selfservice") return updateFromSelfService(vorlu, form);
-  if (form == "prompt" || form == "testprompt" || form == "timerprompt") return promptForUpdates(vorlu, form);
-  endWithoutFlow(vorlu, fmt::format("--update {}", form));
+  known->flow(vorlu, form);
 }
 
 }  // namespace

@@ -68,13 +68,5 @@ TEST_F(DispatchTest, WithoutArgumentsItIntroducesItself) {
   EXPECT_EQ(lines[3], "USAGE");
 }
 
-TEST_F(DispatchTest, UsageBeginsAndEndsWithAnEmptyLine) {
-  run({"-h"});
-  const std::string usage = mac.console.lines().front() + "\n";
-  EXPECT_TRUE(usage.starts_with("\nVorlu CLI Usage:\n\n  --update check, -u check\n          Checks for any new"));
-  EXPECT_TRUE(usage.ends_with("\nFor support contact support@example.com\n\n")) << usage;
-  EXPECT_EQ(std::count(usage.begin(), usage.end(), '\n'), 48) << usage;
-}
-
 }  // namespace
 }  // namespace vorlu::test

@@ -20,11 +20,7 @@ TEST(DownloadURL, IsFixedOrPrintedByTheScriptOfTheBuild) {
   };
   const auto scripted = [](const std::string& fields) { return "{" + fields + R"(,"specifyDownloadURL":false})"; };
   expectURL("fixed", "u", universal, R"({"universalDownloadURL":"u","universalDownloadURLCode":"x"})");
-  expectURL("fixed for Intel", "i", intel, R"({"intelDownloadURL":"i"})");
-  expectURL("fixed for Apple Silicon", "s", appleSilicon, R"({"appleSiliconDownloadURL":"s"})");
   expectURL("fixed and empty", "", universal, "{}");
-  expectURL("script", "https://u", intel, scripted(R"("intelDownloadURLCode":"print u")"),
-            {"Obtaining Intel Foo download URL...", "Found download URL: https://u"});
   expectURL(
       "empty output", std::nullopt, appleSilicon, scripted(R"("siliconDownloadURLCode":"print s")"),
       {"Obtaining Apple Silicon Foo download URL...", "Error: Could not obtain Apple Silicon download URL for Foo"});

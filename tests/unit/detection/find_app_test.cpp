@@ -106,19 +106,5 @@ TEST(AllowedLists, FollowCatalogAndPreferences) {
                  "array. Foo updates will not be allowed"});
 }
 
-TEST(AllowedLists, EndTheRunWhenNothingIsKnown) {
-  AgentRun run;
-  run.setCatalog(R"([{"appName":"Foo","appIdentifier":""}])");
-  run.vorlu.modes.standing = Standing::beside;
-  EXPECT_EQ(endOf([&] { buildAllowedLists(run.vorlu); }), 1);
-  const std::string& contact = run.site.supportContact();
-  EXPECT_EQ(run.messages(),
-            (Lines{"Error: Could not collect Vorlu App information. If the problem persists, contact " + contact,
-                   "Exiting..."}));
-  EXPECT_THAT(run.mac.read(paths::jamfLog),
-              testing::EndsWith("Error: Could not collect App information. If the problem persists, contact " +
-                                contact + "\n"));
-}
-
 }  // namespace
 }  // namespace vorlu::test

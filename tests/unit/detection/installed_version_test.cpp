@@ -28,8 +28,6 @@ TEST(InstalledVersion, IsReadByTheMethodOfTheEntry) {
   expectVersion("key absent", "Unknown", build, plistOf(""));
   expectVersion("key of a wrong type", "Unknown", build, plistOf("<key>CFBundleVersion</key><integer>7</integer>"));
   expectVersion("no dictionary", "Unknown", build, "<plist><array/></plist>");
-  expectVersion("no property list", "Unknown", build, "<html>");
-  expectVersion("empty file", "Unknown", build, "");
   expectVersion("cut off", "Unknown", build, binary.substr(0, 30));
   expectVersion("no such file", "Unknown", build, both, "/Other");
   expectVersion("directory", "Unknown", build, both, "/App/Contents/Info.plist/x");
@@ -45,17 +43,6 @@ TEST(InstalledVersion, IsUnknownWhenItsScriptDoesNotEnd) {
   run.mac.processes.on("zsh: print 4", {.output = "", .timedOut = true});
   EXPECT_EQ(readInstalledVersion(run.vorlu, {"shellCommand", "", "", "print 4", ""}), "4");
   EXPECT_EQ(readInstalledVersion(run.vorlu, {"shellCommand", "", "", "print 4", ""}), "Unknown");
-}
-
-TEST(PackageReceipt, IsFoundByItsExactName) {
-  AgentRun run;
-  ASSERT_TRUE(run.mac.files.remove(paths::packageReceipts));
-  EXPECT_EQ(findPackageReceipt(run.vorlu, "a.plist"), "Unknown");
-  EXPECT_THAT(run.messages(), testing::ElementsAre(testing::StartsWith("Failed to list receipt directory items: ")));
-  run.mac.write("/private/var/db/receipts/a.plist", "");
-  EXPECT_EQ(findPackageReceipt(run.vorlu, "a.plist"), "/var/db/receipts/a.plist");
-  EXPECT_EQ(findPackageReceipt(run.vorlu, "A.plist"), "Unknown");
-  EXPECT_EQ(run.messages(), Lines{});
 }
 
 }  // namespace

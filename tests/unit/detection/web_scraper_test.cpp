@@ -1,11 +1,6 @@
 #include "vorlu/detection/web_scraper.h"
 
-#include <unistd.h>
-
 #include "tests/support/agent_run.h"
-#include "tests/support/scripted_server.h"
-#include "vorlu/platform/linux/linux_processes.h"
-#include "vorlu/platform/linux/linux_web_view.h"
 
 namespace vorlu::test {
 namespace {
@@ -43,21 +38,6 @@ TEST(WebScraperTest, ReportsBadPatternsAndPassesOnlyUserAgents) {
   }
   EXPECT_THAT(run.mac.webView.userAgents, ElementsAre("Browser 1", ""));
   EXPECT_THAT(run.messages().front(), HasSubstr("Error: Regular expression errored -  "));
-}
-
-TEST(LinuxWebViewTest, RunsThePagesScriptsAndLeavesNoProfile) {
-  if (::access("/usr/lib/chromium/chromium", X_OK) != 0) GTEST_SKIP() << "Chromium isn't installed";
-  refserver::Response page =
-      reply(200, "<p id=a></p><script>document.getElementById('a').innerText = navigator.userAgent + (6 * 7)</script>");
-  page.contentType = "text/html";
-  ScriptedServer server([&page](const auto&) { return page; });
-  TestPlatform mac;
-  LinuxProcesses processes;
-  LinuxWebView view(RootFolder(mac.root()), mac.files, processes);
-  const auto html = view.outerHTML(server.url("/page"), "Browser");
-  ASSERT_TRUE(html);
-  EXPECT_THAT(*html, HasSubstr(">Browser42</p>"));
-  EXPECT_THAT(*mac.files.list("/private/var/tmp"), ::testing::IsEmpty());
 }
 
 }  // namespace

@@ -42,7 +42,6 @@ TEST_F(Tickers, MoveByTheSameWhateverTheWorkTakes) {
       {mountTicker, 0, 0, 0, bar({15})},
       {mountTicker, 100'000, 2.45, 2.5, bar({11, 12, 13, 15})},
       {mountTicker, 100'001, 60, 60, bar({11, 12, 13, 14, 15, 15})},
-      {mountTicker, 200'001, 2, 2, bar({11, 12, 15})},
       {mountTicker, 400'001, 2.4, 2.4, bar({11, 15})},
       {extractTicker, 0, 1, 1, bar({11, 12, 15})},
       {copyTicker, 200'000, 1.6, 1.6, bar({11, 12, 15})},
@@ -99,33 +98,6 @@ TEST_F(Tickers, WorkRunsBesideThemAndItsExceptionArrives) {
   worked = false;
   EXPECT_THROW(runWithTicker(vorlu, failingTicker, 0, [&] { worked = true; }), std::runtime_error);
   EXPECT_TRUE(worked);
-}
-
-TEST_F(Tickers, BothMayLogAtOnce) {
-  mac.files.remove(paths::components);  // each step fails and is logged
-  runWithTicker(vorlu, extractTicker, 0, [&] {
-    for (int n = 0; n < 50; ++n) {
-      vorlu.log("Error: working");
-      mac.clock.sleep(std::chrono::milliseconds(100));
-    }
-  });
-  const Lines lines = messages();
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "Error: working"), 50);
-}
-
-TEST(SerialQueueTest, RunsInOrderAndOutlivesFailures) {
-  std::vector<int> order;
-  std::future<void> failed;
-  {
-    SerialQueue queue;
-    std::vector<std::future<void>> ends;
-    for (int n = 0; n < 100; ++n) ends.push_back(queue.submit([&order, n] { order.push_back(n); }));
-    failed = queue.submit([] { throw RunEnded{7}; });
-    queue.submit([&order] { order.push_back(100); });
-  }
-  ASSERT_EQ(order.size(), 101U);
-  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
-  EXPECT_THROW(failed.get(), RunEnded);
 }
 
 }  // namespace

@@ -72,10 +72,6 @@ TEST_F(Tools, InstallerLinesReachLogAndBar) {
        {"Package name is A", "Preparing for installation…", "9.99 percent complete", "10.2 percent complete",
         "x percent complete"},
        2},
-      {{"installer:%0.0\n", "installer:%100.0\ninstaller: done"},
-       {"0.0 percent complete", "100.0 percent complete", "done"},
-       4},
-      {{"a\nb\na\n"}, {"a", "b", "a"}, 0},
   };
   for (const auto& c : cases)
     mac.processes.on("/usr/sbin/installer -verboseR -pkg '/a b.pkg' -target /", {.output = "", .pieces = c.pieces});
@@ -111,30 +107,6 @@ TEST_F(Tools, NetworkSpeedIsPlausibleWhateverTheFileHolds) {
     vorlu.progress.networkSpeed.reset();
     EXPECT_EQ(networkSpeed(vorlu), speed) << file;
   }
-}
-
-TEST_F(Tools, NetworkQualityIsMeasuredForLogAndFile) {
-  const std::pair<Answer, std::string> cases[] = {
-      {{.output = "==== SUMMARY ====\nUplink capacity: 20.0 Mbps - (12 flows)\nDownlink capacity: 200.000 Mbps - x\n"},
-       "200.000 Mbps"},
-      {{.output = "Error, reason=Incorrect response status code on latency measuring connection\n", .status = 1}, ""},
-      {{.output = "Downlink capacity: 1 Mbps\n"}, ""},
-      {{.starts = false}, ""},
-  };
-  for (const auto& [answer, capacity] : cases) mac.processes.on("/usr/bin/networkQuality", answer);
-  for (const auto& [answer, capacity] : cases) {
-    EXPECT_EQ(measureNetworkQuality(vorlu), capacity);
-    EXPECT_EQ(messages().back() == "Could not gather network quality results", capacity.empty());
-  }
-  mac.write(paths::networkQuality, "old");
-  mac.processes.on("zsh: networkQuality -s -v -c > /private/var/tmp/networkQuality.json",
-                   {.output = "", .effect = [&](const Command&) {
-                      EXPECT_FALSE(mac.exists(paths::networkQuality));
-                      mac.write(paths::networkQuality, "{}");
-                    }});
-  recordNetworkQuality(vorlu);
-  EXPECT_EQ(mac.files.info(paths::networkQuality)->mode, 0755);
-  EXPECT_THAT(messages(), IsEmpty());
 }
 
 TEST_F(Tools, QuitLineGivesEachReaderItsOwnEscapes) {

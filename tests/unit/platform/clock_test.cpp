@@ -9,8 +9,6 @@
 namespace vorlu::test {
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr Seconds beforeNewYear = 1798631999;   // Wed 2026-12-30 06:59:59 in New York, 11:59:59 in London
 constexpr Seconds marchMorning = 1774749600;    // Sun 2026-03-29 02:00 UTC, an hour after London's clocks went forward
 constexpr Seconds octoberMorning = 1792900800;  // Sun 2026-10-25 04:00 UTC, three hours after they went back
@@ -40,25 +38,6 @@ TEST(LinuxClock, TellsDatesInItsZone) {
   EXPECT_EQ(hours(octoberMorning, 24, Zone::london), 20);
   EXPECT_FALSE(clock.hourOfDay(marchMorning, 25, Zone::london));
   ::unsetenv("TZ");
-}
-
-TEST(LinuxClock, FollowsTheHostFile) {
-  const TemporaryFolder root;
-  LinuxHost host{RootFolder(root.path())};
-  LinuxClock clock(host);
-  const auto real = [] {
-    return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
-  };
-  const double start = real();
-  writeFile(root / LinuxHost::path, fmt::format(R"({{"clock": {{"real": {:.6f}, "mac": 1000, "rate": 60}}}})", start));
-  const double now = clock.now();
-  EXPECT_GE(now, 999.9);
-  EXPECT_LE(now, 1000.1 + (real() - start) * 60);
-  std::filesystem::remove(root / LinuxHost::path);
-  writeFile(root / LinuxHost::path, R"({"clock": {"real": 0, "mac": 0, "rate": 10000}})");
-  const double before = real();
-  clock.sleep(60'000ms);
-  EXPECT_LT(real() - before, 5) << "a minute at this rate is 6 ms";
 }
 
 }  // namespace

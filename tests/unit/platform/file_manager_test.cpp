@@ -17,8 +17,6 @@ namespace vorlu::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::EndsWith;
-using testing::IsEmpty;
 using testing::StartsWith;
 
 const Ownership plain{0640, "", ""};
@@ -141,17 +139,6 @@ TEST_F(FileManagerTest, EnumerationOrderAndPackages) {
   EXPECT_FALSE(files_.enumerate("/none"));
 }
 
-TEST_F(FileManagerTest, DirectoriesAreMadeWithParents) {
-  ASSERT_TRUE(files_.createDirectory("/a/b/c/", {0700, "", ""}));
-  EXPECT_EQ(statOf("/a").st_mode & 0777, 0755u);
-  EXPECT_EQ(statOf("/a/b/c").st_mode & 0777, 0700u);
-  ASSERT_TRUE(files_.createDirectory("/a/b", {0711, "", ""}));
-  EXPECT_EQ(statOf("/a/b").st_mode & 0777, 0755u) << "an existing one is left";
-  writeFile(root_ / "/file", "x");
-  EXPECT_EQ(files_.createDirectory("/file", plain).failure().code, EEXIST);
-  EXPECT_EQ(files_.createDirectory("/file/x", plain).failure().code, EEXIST);
-}
-
 TEST_F(FileManagerTest, RemoveTakesTreesButNeverFollowsLinks) {
   writeFile(root_ / "/keep/file", "x");
   writeFile(root_ / "/tree/a/b/file", "x");
@@ -208,51 +195,6 @@ TEST_F(FileManagerTest, FailedCopyLeavesNothing) {
   EXPECT_FALSE(files_.copyTree("/tree", "/copy"));
   EXPECT_THAT(names(), ElementsAre("there", "tree"));
   EXPECT_EQ(readFile(root_ / "/there"), "old");
-}
-
-TEST_F(FileManagerTest, MoveAndExchange) {
-  writeFile(root_ / "/new/file", "new");
-  writeFile(root_ / "/old/file", "old");
-  ASSERT_TRUE(files_.exchange("/new", "/old"));
-  EXPECT_EQ(readFile(root_ / "/new/file") + readFile(root_ / "/old/file"), "oldnew");
-  EXPECT_FALSE(files_.exchange("/new", "/none"));
-  ASSERT_TRUE(files_.move("/new/file", "/old/file"));
-  EXPECT_FALSE(files_.move("/none", "/old/file"));
-  EXPECT_EQ(readFile(root_ / "/old/file"), "old");
-  EXPECT_TRUE(files_.syncTree("/old"));
-}
-
-TEST_F(FileManagerTest, MoveAcrossVolumes) {
-  char other[] = "/dev/shm/vorlu-test-XXXXXX";
-  struct stat memory {};
-  if (::stat("/dev/shm", &memory) != 0 || memory.st_dev == statOf("/").st_dev || !::mkdtemp(other))
-    GTEST_SKIP() << "no second volume here";
-  LinuxHost host{RootFolder()};
-  LinuxFileManager machine{RootFolder(), host};
-  writeFile(root_ / "/tree/a", "a");
-  link("a", "/tree/link");
-  const std::string target = std::string(other) + "/tree";
-  const auto moved = machine.move(root_ / "/tree", target);
-  EXPECT_TRUE(moved) << moved.error();
-  EXPECT_EQ(readFile(target + "/link"), "a");
-  EXPECT_THAT(names(), IsEmpty());
-  writeFile(root_ / "/file", "new");
-  writeFile(std::string(other) + "/file", "old");
-  EXPECT_TRUE(machine.move(root_ / "/file", std::string(other) + "/file")) << "an existing file is replaced";
-  EXPECT_EQ(readFile(std::string(other) + "/file"), "new");
-  EXPECT_TRUE(machine.remove(other));
-}
-
-TEST_F(FileManagerTest, LinksAreTheirOwnItems) {
-  writeFile(root_ / "/file", "12345");
-  link("file", "/link");
-  link("nowhere", "/dangling");
-  EXPECT_EQ(files_.info("/link")->kind, FileKind::link);
-  EXPECT_TRUE(files_.exists("/link") && !files_.exists("/dangling") && files_.info("/dangling"));
-  ASSERT_TRUE(files_.setOwnership("/dangling", 0600, "root", "wheel")) << "a link is never followed";
-  ASSERT_TRUE(files_.setOwnership("/file", 0600, "no-such-user", ""));
-  EXPECT_EQ(files_.info("/file")->mode, 0600u);
-  EXPECT_FALSE(files_.setOwnership("/none", 0600, "", ""));
 }
 
 }  // namespace

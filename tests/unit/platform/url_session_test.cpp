@@ -46,24 +46,6 @@ class UrlSessionTest : public testing::Test {
   void SetUp() override { std::filesystem::create_directory(root_ / "/cache"); }
 };
 
-TEST_F(UrlSessionTest, AnswersWithAResponseAreNoErrors) {
-  const auto expectAnswer = [&](const char* what, const refserver::Response& given, const char* data,
-                                const char* method = "GET") {
-    ScriptedServer server([&](const auto&) { return given; });
-    const UrlRequest request = requestOf(server.url("/a?b=c"), method);
-    const auto answer = urls_.send(request);
-    ASSERT_TRUE(answer.response) << what << *answer.error;
-    EXPECT_FALSE(answer.error) << what;
-    EXPECT_EQ(answer.data, data) << what;
-    EXPECT_EQ(answer.response->status, given.status) << what;
-    EXPECT_EQ(answer.response->finalUrl, request.url) << what;
-  };
-  expectAnswer("empty body is data", reply(200, ""), "");
-  expectAnswer("HEAD has no body", reply(200, "body"), "", "HEAD");
-  expectAnswer("300 with a place isn't followed", reply(300, "x", {{"Location", "/y"}}), "x");
-  expectAnswer("302 without a place", reply(302, "x"), "x");
-}
-
 TEST_F(UrlSessionTest, TransportErrorsComeAlone) {
   const auto expectError = [&](const char* what, const refserver::Response& given, std::size_t requests = 2) {
     ScriptedServer server([&](const auto&) { return given; });

@@ -68,22 +68,5 @@ TEST_F(Deferrals, ACorruptFileCostsNoMoreThanADeferralOfThisRun) {
   EXPECT_EQ(mac.read(paths::runData), "garbage") << "set aside by the next run's start";
 }
 
-TEST_F(Deferrals, WithoutALimitAreRecordedUncounted) {
-  const auto end = [this](const auto& record) {
-    Vorlu run(mac.platform(), site);
-    storeCount("N/A");
-    EXPECT_EQ(endOf([&] { record(run); }), 0);
-    const std::string told = mac.read(paths::jamfLog);
-    return state() + told.substr(told.rfind("]: ") + 2);
-  };
-  configure("disableDeferralLimit");
-  EXPECT_EQ(end([](Vorlu& run) { recordDeferral(run); }),
-            "N/A now true User deferred the update (No deferral limit is configured)\n");
-  EXPECT_EQ(messages(),
-            (Lines{"Defer selected", "Setting last compliant date: 2026-02-15 12:00:00 +0000", "Exiting."}));
-  EXPECT_EQ(end([](Vorlu& run) { recordAbnormalPromptExit(run, "137", PromptDeath::countsAsDeferral); }),
-            "N/A now true The update prompt quit unexpectedly with exit code 137.\n");
-}
-
 }  // namespace
 }  // namespace vorlu::test

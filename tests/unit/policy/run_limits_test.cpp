@@ -33,15 +33,6 @@ TEST(RunLimitsGates, OnAMondayAtNoon) {
   limits.monday = false;
   EXPECT_FALSE(passesRunDayGate(run.vorlu.log, clock, limits, 3));
   EXPECT_TRUE(passesRunDayGate(run.vorlu.log, clock, limits, 2));
-  limits.mondayStartTime = "09:00";
-  limits.mondayEndTime = "12:00";
-  EXPECT_TRUE(passesRunTimeGate(run.vorlu.log, clock, limits));
-  clock.advance(60);
-  run.messages();
-  EXPECT_FALSE(passesRunTimeGate(run.vorlu.log, clock, limits));
-  EXPECT_EQ(run.messages(), (Lines{"Checking for any configured Monday run time limitations...",
-                                   "Found Monday run time limitation (Start Time: 09:00, End Time: 12:00)",
-                                   "The current time (12:01) is outside of the allowed run time"}));
 }
 
 }  // namespace

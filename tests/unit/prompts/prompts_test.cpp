@@ -164,23 +164,6 @@ TEST(Prompts, OnlyThreeCodesOfAPromptThatEndedByItselfMeanSomething) {
   }
 }
 
-TEST(Prompts, EndsOfSelfServiceRuns) {
-  PromptRun run("2");
-  run.vorlu.modes.standing = Standing::alone;
-  RunDataFile file;
-  file.CurrentRunType = "selfServiceInit";
-  run.store(file);
-  EXPECT_EQ(endOf([&] { showInitialPrompt(run.vorlu, run.scheduled({"A"}, "selfService")); }), 0);
-  EXPECT_EQ(run.messages(), (Lines{"User skipped the Self Service update", "Exiting."}));
-  EXPECT_EQ(run.runData().CurrentRunType, "N/A");
-
-  run.store(file);
-  const auto checkType = [&](const Command&) { EXPECT_EQ(run.runData().CurrentRunType, "N/A"); };
-  run.mac.processes.onPrefix(anyPrompt + " ", {.output = "4", .effect = checkType});
-  EXPECT_EQ(endOf([&] { showUpToDatePrompt(run.vorlu, "/d.png", [&] { run.vorlu.log("reset"); }); }), 0);
-  EXPECT_EQ(lastOf(run.messages(), 2), (Lines{"reset", "Exiting..."}));
-}
-
 TEST(Prompts, TheGracePromptIsBroughtForwardEachMinuteWhileItRuns) {
   const std::pair<double, std::vector<double>> cases[] = {{0.5, {}}, {1.5, {1}}, {60, {1}}, {125, {1, 60, 120}}};
   for (const auto& [life, expected] : cases) {
@@ -238,7 +221,6 @@ TEST(Prompts, MinutesInWords) {
 TEST(Prompts, PositionsIconsAndSelfService) {
   PromptRun run;
   EXPECT_EQ(validatedPromptPosition(run.vorlu.log, std::nullopt), "topright");
-  EXPECT_EQ(validatedPromptPosition(run.vorlu.log, "BottomLeft"), "bottomleft");
   EXPECT_EQ(validatedPromptPosition(run.vorlu.log, "top left"), "topright");
   EXPECT_EQ(initialOverlayIcon(run.vorlu, "SelfService"), "");
   EXPECT_EQ(run.messages().size(), 2U) << "one each for the last two";

@@ -17,17 +17,6 @@ const std::string noStatus = "Warning: The Vorlu server is not reachable. Could 
 const std::string copyUsed = "Offline Application data will be used";
 const std::string noCopy = "Error: No offline data was found for the update. Unable to continue";
 
-TEST_F(Reachability, ReachedServerIsToldToTheFileAlone) {
-  Vorlu& vorlu = newRunWithKeys();
-  checkServerReachable(vorlu);
-  EXPECT_FALSE(vorlu.catalog.offlineMode);
-  vorlu.modes.testingBlueprints = true;
-  checkServerReachable(vorlu);
-  EXPECT_THAT(requests(), ElementsAre("GET /live 200", "GET /testing 200"));
-  EXPECT_THAT(logged(), ElementsAre("The Vorlu server is reachable", "The Vorlu server is reachable"));
-  EXPECT_EQ(mac.clock.sleeps().size(), 0U);
-}
-
 TEST_F(Reachability, RefusalIsAnsweredWithFreshKeysOnce) {
   Vorlu& rotated = newRunWithKeys();
   serveInventory(fmt::format(R"({{"label": "live_blueprints", "url": "{}/live", "token": "new"}})", base));
@@ -46,23 +35,6 @@ TEST_F(Reachability, RefusalIsAnsweredWithFreshKeysOnce) {
                                {"Warning: The Vorlu server is not reachable. Status Code: 401", copyUsed}));
   const std::chrono::seconds pause(1);
   EXPECT_THAT(mac.clock.sleeps(), ElementsAre(pause, pause));
-}
-
-TEST_F(Reachability, ServerThatRefusesEverythingLeavesTheRunItsKeys) {
-  Vorlu& vorlu = newRunWithKeys();
-  onRequest = [](const auto&, refserver::Response& response) { response = refserver::messageResponse(503, "later"); };
-  checkServerReachable(vorlu);
-  EXPECT_TRUE(vorlu.catalog.offlineMode);
-  EXPECT_THAT(requests(), ElementsAre("GET /live 503", "GET /secrets 503", "GET /secrets 503", "GET /live 503"));
-  const std::string noKeys =
-      "Error: Could not obtain key components required for Vorlu. Please review the Vorlu network requirements. If the "
-      "issue persists, contact support@example.com";
-  EXPECT_THAT(logged(),
-              joined(secondAttempt, {noKeys, "Warning: The Vorlu server is not reachable. Status Code: 503", noCopy}));
-  EXPECT_THAT(toldJamf(),
-              ElementsAre(noKeys,
-                          "Error: The Vorlu server is unreachable and no offline cached data was found. Unable to "
-                          "continue with the update. Please contact support@example.com for support"));
 }
 
 TEST_F(Reachability, NoNetworkKeepsTheKeys) {
@@ -106,17 +78,6 @@ TEST_F(Reachability, KeysAreRefreshedWhenTheServersAreNewer) {
   answer("/secrets", 500, "{}");
   EXPECT_EQ(refreshCertificates(newRun()), failed);
   EXPECT_EQ(runData().SecretsTimestamp, 0);
-}
-
-TEST_F(Reachability, TimestampRequestsDifferSoThatNoCacheAnswers) {
-  Vorlu& vorlu = newRun();
-  mac.clock.set(1700000000.25);
-  EXPECT_EQ(fetchCertificateTimestamp(vorlu), 1);
-  const auto exchanges = server->exchanges();
-  ASSERT_EQ(exchanges.size(), 1U);
-  EXPECT_EQ(exchanges[0].request.query, "nocache=1700000000.250000");
-  EXPECT_EQ(exchanges[0].request.header("Authorization"), "");
-  EXPECT_EQ(exchanges[0].request.header("Cache-Control"), "no-cache");
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "vorlu/server/signed_request.h"
 
-#include <fmt/format.h>
-
 #include "tests/unit/server/server_fixture.h"
 
 namespace vorlu::test {
@@ -62,33 +60,6 @@ TEST_F(SignedRequest, ServerDataTellsWhatIsMissing) {
   expectData(R"(["data"])", {"", "", ""}, {failed + "typeMismatch(Dictionary<String, Any>, Context(codingPath: []"});
   expectData(R"({"data": 5})", {"", "", ""}, {failed + R"(typeMismatch(String, Context(codingPath: ["data"])"});
   expectData("", {"", "", ""}, {failed + "dataCorrupted("});
-}
-
-TEST_F(SignedRequest, ServerRefusesAnotherSecretAndIsMissed) {
-  Vorlu& vorlu = newRun();
-  vorlu.keys.signingSecret = "stolen";
-  fetchServerData(vorlu);
-  EXPECT_EQ(server->exchanges().at(0).request.header("Cache-Control"), "no-cache");
-  EXPECT_THAT(requests(), ElementsAre("GET /secrets 403"));
-  server->stop();
-  fetchServerData(vorlu);
-  EXPECT_THAT(
-      logged(),
-      ElementsAre("Warning: No data was received from the server whilst attempting to gather Vorlu server data."));
-}
-
-TEST_F(SignedRequest, ManifestIsSignedWithItsOwnToken) {
-  serveInventory(fmt::format(
-      R"({{"label": "SelfUpdatesNew", "url": "{}/manifest", "token": "manifest-token", "decoys": 1}})", base));
-  serve("manifest.json", R"([{"componentName": "Dialog", "latestVersion": "2.1", "more": 1}, {}])");
-  const auto manifest = fetchComponentManifest(newRunWithKeys());
-  ASSERT_EQ(manifest.size(), 2u);
-  EXPECT_EQ(manifest[0].componentName, "Dialog");
-  EXPECT_EQ(manifest[0].latestVersion, "2.1");
-  EXPECT_FALSE(manifest[1].componentName);
-  answer("/manifest", 200, "{}");
-  EXPECT_THAT(fetchComponentManifest(newRunWithKeys()), ::testing::IsEmpty());
-  EXPECT_THAT(logged(), ElementsAre("Data decode failed Server temporarily unavailable. Please try again later"));
 }
 
 }  // namespace

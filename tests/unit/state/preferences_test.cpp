@@ -51,19 +51,5 @@ TEST_F(PreferencesTest, ABrokenFileMeansDefaults) {
   EXPECT_EQ(vorlu.preferences.scheduled().gracePeriodMinutes, 15);
 }
 
-TEST_F(PreferencesTest, SectionsDifferInTheirDefaults) {
-  setPreferences("ForcedUpdates",
-                 "<key>acceptableDNDMode</key><true/><key>runLimitations</key>"
-                 "<dict><key>sunday</key><false/><key>mondayStartTime</key><string>09:00</string></dict>");
-  const CustomPrefs prefs = load();
-  EXPECT_TRUE(prefs.ForcedUpdates.acceptableDNDMode);
-  EXPECT_FALSE(prefs.ScheduledUpdates.acceptableDNDMode);
-  EXPECT_EQ(prefs.ForcedUpdates.updateProgressPosition, "top");
-  EXPECT_FALSE(prefs.ScheduledUpdates.updateProgressPosition);
-  EXPECT_FALSE(prefs.ForcedUpdates.runLimitations.day(1).allowed);
-  EXPECT_EQ(prefs.ForcedUpdates.runLimitations.day(2).startTime, "09:00");
-  for (int day = 1; day <= 7; ++day) EXPECT_TRUE(prefs.ScheduledUpdates.runLimitations.day(day).allowed);
-}
-
 }  // namespace
 }  // namespace vorlu::test

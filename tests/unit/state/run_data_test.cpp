@@ -11,8 +11,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Selector = RunDataSelector;
 
-constexpr std::int64_t start = 1772452800;  // the clock's first moment
-
 struct RunDataTest : testing::Test, AgentRun {
   RunDataTest() { mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "4000\n"}); }
 };
@@ -33,44 +31,6 @@ TEST_F(RunDataTest, CreatesFolderAndFile) {
   EXPECT_FALSE(file.LastServerTimestamp || file.ServerCallCount || file.LastServerReset);
   ensureRunData(vorlu);
   EXPECT_THAT(shown(), IsEmpty());
-}
-
-TEST_F(RunDataTest, WritesTheKeysOfEachSelector) {
-  using enum RunDataSelector;
-  using Change = void (*)(RunDataFile&);
-  const std::pair<RunDataSelector, Change> cases[] = {
-      {deferralUsed, [](auto& file) { file.DeferCount = "0", file.LastRun = start, file.UserDeferred = true; }},
-      {deferralNotApplicable,
-       [](auto& file) { file.DeferCount = "N/A", file.LastRun = start, file.UserDeferred = true; }},
-      {resetDeferralsAndRun, [](auto& file) { file.DeferCount = "5", file.LastRun = start; }},
-      {resetDeferrals, [](auto& file) { file.DeferCount = "5"; }},
-      {lastCache, [](auto& file) { file.LastCache = start; }},
-      {lastKeyPrompt, [](auto& file) { file.LastKeyPrompt = start; }},
-      {currentRunType, [](auto& file) { file.CurrentRunType = "hourlyUpdateCheck"; }},
-      {lastIconCheck, [](auto& file) { file.LastIconCheck = start; }},
-      {lastCompliant, [](auto& file) { file.LastCompliant = "some date"; }},
-      {lastReport, [](auto& file) { file.LastReport = start; }},
-      {lastUser, [](auto& file) { file.LastUser = "alice"; }},
-      {secretsTimestamp, [](auto& file) { file.SecretsTimestamp = start; }},
-      {lastServerTimestamp, [](auto& file) { file.LastServerTimestamp = start; }},
-      {serverCallCount, [](auto& file) { file.ServerCallCount = 3; }},
-      {lastServerReset, [](auto& file) { file.LastServerReset = start; }},
-  };
-  for (const auto& [selector, change] : cases) {
-    RunDataFile expected;
-    expected.DeferCount = "1";
-    expected.UserDeferred = false;
-    expected.LastRun = 7;
-    store(expected);
-    Vorlu fresh(mac.platform(), site);
-    fresh.runData.deferralLimitText = "5";
-    fresh.runData.currentRunType = "hourlyUpdateCheck";
-    fresh.runData.lastCompliantText = "some date";
-    fresh.runData.serverCallCount = 3;
-    updateRunData(fresh, selector);
-    change(expected);
-    EXPECT_EQ(encodePropertyList(runData()), encodePropertyList(expected));
-  }
 }
 
 TEST_F(RunDataTest, ReadsAKeyOnceAndCountsOnFromThere) {
@@ -156,16 +116,6 @@ TEST_F(RunTypeTest, EndsARunOnce) {
   mac.processes.on("zsh: /usr/local/jamf/bin/jamf recon", {});
   EXPECT_EQ(endOf([this] { fatalStop(vorlu, "Error: again"); }), 1);
   EXPECT_THAT(shown(), ElementsAre("Error: again", "Running Jamf Pro inventory update...", "Exiting..."));
-}
-
-TEST_F(RunTypeTest, MarksAMissedUpdateOnce) {
-  for (int time = 0; time < 2; ++time) writeMissedUpdateReceipt(vorlu);
-  EXPECT_TRUE(mac.exists(paths::missedUpdate));
-  EXPECT_THAT(mac.clock.sleeps(), ElementsAre(std::chrono::seconds(40)));
-  for (int time = 0; time < 2; ++time) removeMissedUpdateReceipt(vorlu);
-  EXPECT_FALSE(mac.exists(paths::missedUpdate));
-  EXPECT_THAT(shown(), ElementsAre("Please wait...", "Waiting to allow any new configuration profiles to install...",
-                                   "Update missed receipt already exists", "Removing missed update receipt..."));
 }
 
 }  // namespace
