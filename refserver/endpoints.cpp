@@ -63,7 +63,11 @@ bool Endpoints::isMethodServed(const std::string& method) const {
 }
 
 Response Endpoints::answer(const Request& request) const {
-  if (request.method == site_[SiteText::reportMethod] && isReport(request)) return report(request);
+  if (request.method == site_[SiteText::reportMethod]) {
+    const auto expected = isReport(request);
+    if (!expected) return messageResponse(500, expected.error());
+    if (*expected) return report(request);
+  }
   if (!isMethodServed(request.method)) return messageResponse(405, fmt::format("{} isn't served", request.method));
   if (request.path == pathOfUrl(site_[SiteText::connectivityURL])) return messageResponse(200, "connected");
   if (request.path == pathOfUrl(site_[SiteText::timestampURL])) return timestamp();
@@ -122,11 +126,12 @@ Response Endpoints::manifest(const Request& request, const InventoryRecord& reco
   return dataResponse(data_.array(DataFolder::manifestFile));
 }
 
-bool Endpoints::isReport(const Request& request) const {
+Result<bool> Endpoints::isReport(const Request& request) const {
   const auto records = data_.inventory();
-  return records && std::any_of(records->begin(), records->end(), [&](const InventoryRecord& record) {
-           return record.label == reportsLabel && record.path() == request.path;
-         });
+  if (!records) return records.failure();
+  return std::any_of(records->begin(), records->end(), [&](const InventoryRecord& record) {
+    return record.label == reportsLabel && record.path() == request.path;
+  });
 }
 
 Response Endpoints::report(const Request& request) const {

@@ -33,7 +33,7 @@ class Endpoints {
   Response inventoried(const Request& request) const;
   Response catalog(const Request& request, const InventoryRecord& record, const char* file) const;
   Response manifest(const Request& request, const InventoryRecord& record) const;
-  bool isReport(const Request& request) const;
+  Result<bool> isReport(const Request& request) const;
   Response report(const Request& request) const;
   SignatureVerdict checkSignature(const Request& request, const std::string& secret, const std::string& path) const;
 

@@ -75,7 +75,9 @@ RsaKey RsaKey::generate(unsigned bits) {
 Result<RsaKey> RsaKey::fromPrivatePem(const std::string& pem) {
   EVP_PKEY* key = PEM_read_bio_PrivateKey(reader(pem).get(), nullptr, nullptr, nullptr);
   if (!key) return Failure{fmt::format("no private key in PEM form: {}", lastOpenSslError())};
-  return RsaKey(key);
+  RsaKey owned(key);
+  if (EVP_PKEY_is_a(key, "RSA") != 1) return Failure{"the private key isn't an RSA key"};
+  return owned;
 }
 
 Result<RsaKey> RsaKey::fromPublicPem(const std::string& pem) {

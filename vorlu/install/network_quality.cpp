@@ -6,9 +6,9 @@
 #include <chrono>
 
 #include "vorlu/detection/catalog_script.h"
-#include "vorlu/state/tool.h"
 #include "vorlu/state/json.h"
 #include "vorlu/state/paths.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -61,6 +61,11 @@ void recordNetworkQuality(Vorlu& vorlu) {
   FileManager& files = vorlu.platform.files;
   if (const Status removed = files.remove(paths::networkQuality); !removed)
     vorlu.log(fmt::format("Error: Could not remove an earlier network measurement - {}", removed.error()));
+  // Anybody may make files in this folder, and the shell would write through a link; root's file they can't replace.
+  if (const Status made = files.writeAtomically(paths::networkQuality, "", {0755, "root", "wheel"}); !made) {
+    vorlu.log(fmt::format("Error: Could not make the file of the network measurement - {}", made.error()));
+    return;
+  }
   Command command = shellCommand(fmt::format("networkQuality -s -v -c > {}", paths::networkQuality));
   command.limit = longestMeasurement;
   runTool(vorlu.platform.processes, vorlu.log, command);

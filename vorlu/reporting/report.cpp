@@ -114,8 +114,9 @@ void buildAndSubmitReport(Vorlu& vorlu) {
   vorlu.log("Attempting to submit report information...");
   report.ComputerRecord->diskCapacity = readDiskSpace(vorlu.platform.files, true);
   report.ComputerRecord->freeDiskSpace = readDiskSpace(vorlu.platform.files, false);
-  handOverReport(vorlu, report);
+  // Before the submission, which can end the run when the key material is lost and the server can't be reached.
   updateRunData(vorlu, RunDataSelector::lastReport);
+  handOverReport(vorlu, report);
   if (vorlu.modes.reportMode) setCurrentRunType(vorlu, "N/A");
 }
 

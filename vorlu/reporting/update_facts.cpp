@@ -1,6 +1,7 @@
 #include "vorlu/reporting/update_facts.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "vorlu/detection/letter_case.h"
 #include "vorlu/policy/frequency_calculation.h"
@@ -41,7 +42,8 @@ std::optional<std::int64_t> nextPromptTime(Clock& clock, const RunPrefs& prefs, 
   switch (schemeOf(prefs.runType)) {
     case Scheme::frequency: {
       const FrequencyOption* option = findFrequencyOption(prefs.frequencyOption);
-      return option ? std::optional(lastRun + option->seconds) : std::nullopt;
+      if (!option || lastRun > std::numeric_limits<std::int64_t>::max() - option->seconds) return std::nullopt;
+      return lastRun + option->seconds;
     }
     case Scheme::patchDay:
       return nextPatchDay(clock, prefs.patchDay, lastRun);
