@@ -10,15 +10,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
-#include <filesystem>
 #include <stdexcept>
 #include <thread>
 
 #include "tests/support/scripted_processes.h"
 #include "tests/support/temporary_folder.h"
-#include "vorlu/platform/linux/linux_clock.h"
 #include "vorlu/platform/linux/termination.h"
 #include "vorlu/platform/termination.h"
 
@@ -145,55 +142,37 @@ TEST(LinuxProcesses, SignalsNeverReachGroups) {
   }
 }
 
-/// An agent whose threads start children, sleep and hold on to one that has a grace, until it is asked to end.
-[[noreturn]] void waitInAllWays(const std::string& mark, const std::string& graceful) {
+/// An agent whose threads wait in all ways, for ever or until it is asked to end.
+[[noreturn]] void waitInAllWays(const std::string& mark) {
   installSignalHandling();
   LinuxProcesses processes;
-  const TemporaryFolder folder;
-  const RootFolder root(folder.path());
-  LinuxHost host(root);
-  LinuxClock clock(host);
   processes.launch(script("sleep 60; : launched " + mark));
-  Command finishing = script("while ! [ -e " + graceful + ".go ]; do sleep 0.01; done; : > " + graceful);
-  finishing.grace = 30s;
-  std::atomic<int> stopped = 0;
-  const auto untilStopped = [&stopped](auto wait) {
-    return std::thread([&stopped, wait] {
-      try {
-        while (true) wait();
-      } catch (const Terminated&) {
-        ++stopped;
-      }
-    });
+  const auto untilStopped = [&](const std::string& line) {
+    try {
+      while (true) line.empty() ? sleepUnlessTerminated(60s) : void(processes.run(script(line + "; : " + mark)));
+    } catch (const Terminated&) {
+    }
   };
-  std::thread threads[] = {
-      untilStopped([&] { processes.run(script("sleep 60; : " + mark)); }),
-      untilStopped([&] { processes.run(script("setsid sh -c 'sleep 60; : " + mark + "' & wait; : " + mark)); }),
-      untilStopped([&] { processes.run(script(": " + mark)); }),
-      untilStopped([&] { processes.run(finishing), clock.sleep(60s); }),
-      untilStopped([&] { clock.sleep(60s); }),
-  };
+  std::vector<std::thread> threads;
+  for (const std::string& line :
+       std::vector<std::string>{"", "sleep 60", "true", "setsid sh -c 'sleep 60; : " + mark + "' & wait"})
+    threads.emplace_back(untilStopped, line);
   for (std::thread& thread : threads) thread.join();
-  ::_exit(stopped);
+  ::_exit(Terminated::status);
 }
 
 TEST(LinuxProcesses, TerminationAtAnyMomentLeavesOnlyWhatWasLaunched) {
-  const TemporaryFolder folder;
   for (int moment = 0; moment < 20; ++moment) {
     const std::string mark = fmt::format("mark-{}-{}", ::getpid(), moment);
-    const std::string graceful = folder / ("/" + mark);
-    const auto named = [&] { return LinuxProcesses().run(commandOf("/usr/bin/pgrep", {"-f", mark + "$"})).output; };
+    const auto named = [&] { return LinuxProcesses().run(commandOf("/usr/bin/pgrep", {"-f", mark})).output; };
     const pid_t agent = ::fork();
-    if (agent == 0) waitInAllWays(mark, graceful);
-    for (int i = 0; i < 500 && named().empty(); ++i) std::this_thread::sleep_for(1ms);
+    if (agent == 0) waitInAllWays(mark);
+    while (named().empty()) std::this_thread::sleep_for(1ms);
     std::this_thread::sleep_for(moment * 1ms);
     ::kill(agent, SIGTERM);
-    writeFile(graceful + ".go", "");
     int status = 0;
     ASSERT_EQ(::waitpid(agent, &status, 0), agent);
-    EXPECT_TRUE(WIFEXITED(status)) << "by signal " << WTERMSIG(status);
-    EXPECT_EQ(WEXITSTATUS(status), 5) << "every thread was stopped";
-    EXPECT_TRUE(std::filesystem::exists(graceful)) << "what has a grace is finished";
+    EXPECT_EQ(WEXITSTATUS(status), Terminated::status);
     const std::string left = named();
     ASSERT_EQ(std::count(left.begin(), left.end(), '\n'), 1) << left;
     ::kill(-std::stoi(left), SIGKILL);
