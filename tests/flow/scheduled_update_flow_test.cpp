@@ -35,6 +35,8 @@ const std::map<std::string, std::string> profiles = {
     {"afternoon",
      "<key>runLimitations</key><dict><key>mondayStartTime</key><string>13:00</string>"
      "<key>mondayEndTime</key><string>14:00</string></dict>"},
+    {"disabled",
+     "<key>deferralConfiguration</key><dict><key>deferralOption</key><string>disableDeferrals</string></dict>"},
     {"camera", "<key>acceptableCameraUsage</key><true/>"},
     {"quiet", "<key>updateProgressPrompt</key><string>noPrompt</string><key>displayCompletePrompt</key><false/>"},
 };
@@ -49,7 +51,7 @@ recent      | run         |           |       |                     | 0 | 1 now 
             | timerprompt | camera    | 4     | grace 4, UPDATE     | 0 | 2 now 0 Mar 02  | Timer prompt called. Prompting user with
 closed      | run         |           |       |                     | 0 | 2 then 0 Mar 02 | No cached updates were found
 closed      | testprompt  |           |       |                     | 0 | 1 then 1 Mar 02 | No cached updates were found
-nobody      | run         |           |       |                     | 0 | 1 then 1 N/A    | Slides needs to be updated
+nobody      | run         | disabled  |       |                     | 0 | 1 then 1 N/A    | Slides is currently in use
             | run         |           | 4 4 2 | initial 4, initial 4, initial 2 | 0 | 0 now 1 Feb 15 | Defer selected
             | prompt      |           | 143   | initial 143         | 0 | 0 now 1 N/A     | prompt quit unexpectedly. Exit code: 143
             | run         |           | 0     | initial 0, UPDATE   | 0 | 2 now 0 Mar 02  | Deferrals reset

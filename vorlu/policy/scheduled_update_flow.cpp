@@ -178,9 +178,10 @@ void scheduledUpdateFlow(Vorlu& vorlu, const std::string& trigger) {
   announce(run);
   if (run.isSelfService() && !somebodyAtConsole(vorlu)) return;
   lookForUpdates(run);
+  // With nobody to ask, the deferral state is left as it is for the next user.
+  if (!somebodyAtConsole(vorlu) && !vorlu.updates.skippedUpdates.empty()) return;
   if (!policyAllows(run)) return;
   if (!takeUpdates(run)) return;
-  if (!somebodyAtConsole(vorlu)) return;
   preparePrompt(run);
   if (!mayInterruptUser(run)) return;
   if (!promptUser(run)) return;

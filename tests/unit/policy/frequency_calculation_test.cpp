@@ -86,7 +86,6 @@ INSTANTIATE_TEST_SUITE_P(
         SchemeCase{"", -1, false, true, "No updates have occurred in the last week. Continuing..."},
         SchemeCase{"", 7 * day, true, true, "No updates have occurred in the last week"},
         SchemeCase{"", 7 * day - 1, false, false, "An update has occurred in the last week. No action is required."},
-        SchemeCase{"", 7 * day - 1, true, false, "single prompt mode is enabled. No action is required."},
         SchemeCase{recurring, -day, true, false, "The deferral period has not elapsed."},
         SchemeCase{"frequencyOption=ONEDAY", day, false, true, "Run frequency option configured: Once every day"},
         SchemeCase{"frequencyOption=sometimes", 1, true, true,
