@@ -139,11 +139,7 @@ void installPendingUpdates(Install& install) {
       continue;
     }
     vorlu.updates.currentUpdate = record;
-    InstallRequest request;
-    request.appName = record.appName;
-    request.installedPath = record.installedPath;
-    request.installedVersion = record.installedVersion;
-    request.operationLabel = "update";
+    InstallRequest request = updateRequest(record);
     request.interactive = install.showProgress;
     request.checkRunning = true;
     if (runInstallPipeline(vorlu, request) != InstallOutcome::installed) continue;

@@ -194,6 +194,15 @@ StageEnd cleanUp(InstallJob& job) {
 
 }  // namespace
 
+InstallRequest updateRequest(const ApplicationInventory& record) {
+  InstallRequest request;
+  request.appName = record.appName;
+  request.installedPath = record.installedPath;
+  request.installedVersion = record.installedVersion;
+  request.operationLabel = "update";
+  return request;
+}
+
 InstallOutcome runInstallPipeline(Vorlu& vorlu, const InstallRequest& request) {
   InstallJob job(vorlu, request);
   clearLastApp(vorlu.progress);

@@ -5,6 +5,7 @@
 namespace vorlu {
 
 struct Vorlu;
+struct ApplicationInventory;
 
 /// What a flow asks of the pipeline for one application.
 struct InstallRequest {
@@ -20,6 +21,9 @@ struct InstallRequest {
   bool suppressInUseNotice = false;
   bool cacheOnly = false;  ///< fetch the installer and leave every app for a later run, as if it were in use
 };
+
+/// The request for the update of a pending application; the caller adds its own flags.
+InstallRequest updateRequest(const ApplicationInventory& record);
 
 enum class InstallOutcome {
   installed,

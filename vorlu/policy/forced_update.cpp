@@ -131,11 +131,8 @@ void tellDeferrals(Vorlu& vorlu, const ForcedMark& mark) {
 
 InstallOutcome updateUnlessInUse(Vorlu& vorlu, const ForcedMark& mark) {
   vorlu.updates.currentUpdate = mark.update;
-  InstallRequest request;
+  InstallRequest request = updateRequest(mark.update);
   request.appName = mark.appName;
-  request.installedPath = mark.update.installedPath;
-  request.installedVersion = mark.update.installedVersion;
-  request.operationLabel = "update";
   request.checkRunning = true;
   request.suppressInUseNotice = true;
   return runInstallPipeline(vorlu, request);

@@ -13,11 +13,7 @@ namespace {
 
 InstallOutcome update(Vorlu& vorlu, const ApplicationInventory& record, const PassSettings& settings) {
   vorlu.updates.currentUpdate = record;
-  InstallRequest request;
-  request.appName = record.appName;
-  request.installedPath = record.installedPath;
-  request.installedVersion = record.installedVersion;
-  request.operationLabel = "update";
+  InstallRequest request = updateRequest(record);
   request.recordFailure = true;
   request.checkRunning = true;
   request.cacheOnly = settings.cacheOnly;

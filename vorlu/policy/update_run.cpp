@@ -169,11 +169,7 @@ Outcome install(UpdateRun& run, const std::string& appName) {
     return Outcome::skipped;
   }
   vorlu.updates.currentUpdate = *record;
-  InstallRequest request;
-  request.appName = record->appName;
-  request.installedPath = record->installedPath;
-  request.installedVersion = record->installedVersion;
-  request.operationLabel = "update";
+  InstallRequest request = updateRequest(*record);
   request.writeProgress = run.hasWindow();
   return runInstallPipeline(vorlu, request) == InstallOutcome::installed ? Outcome::installed : Outcome::failed;
 }
@@ -245,7 +241,7 @@ UpdateRunSettings updateRunSettings(Vorlu& vorlu, UpdateRunKind kind) {
   const auto of = [&](const auto& section) {
     const std::optional<std::string> progressPrompt = section.updateProgressPrompt;
     return UpdateRunSettings{
-        progressPrompt.value_or("noFocusPrompt"), validatedPromptPosition(vorlu.log, section.updateProgressPosition),
+        progressPrompt.value_or(""), validatedPromptPosition(vorlu.log, section.updateProgressPosition),
         section.updateProgressOverlayIcon, section.autoRelaunchApps, section.displayCompletePrompt};
   };
   return kind == UpdateRunKind::forced ? of(vorlu.preferences.forced()) : of(vorlu.preferences.scheduled());
