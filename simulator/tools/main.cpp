@@ -57,8 +57,9 @@ int help(const Arguments& arguments) {
 int main(int argc, char** argv) {
   using namespace vorlu::simulator;
   static const std::map<std::string, int (*)(const Arguments&)> tools = {
-      {"date", runDate},           {"killall", runKillall}, {"launchd", runLaunchd}, {"open", runOpen},
-      {"osascript", runOsascript}, {"pgrep", runPgrep},     {"ps", runPs},           {"sleep", runSleep},
+      {"date", runDate},           {"killall", runKillall},       {"launchd", runLaunchd}, {"open", runOpen},
+      {"osascript", runOsascript}, {"pgrep", runPgrep},           {"ps", runPs},           {"sleep", runSleep},
+      {"plutil", runPlutil},       {"PlistBuddy", runPlistBuddy},
   };
   const std::string path = argv[0];
   const std::string name = path.substr(path.rfind('/') + 1);

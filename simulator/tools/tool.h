@@ -16,6 +16,8 @@ int runLaunchd(const Arguments& arguments);
 int runOpen(const Arguments& arguments);
 int runOsascript(const Arguments& arguments);
 int runPgrep(const Arguments& arguments);
+int runPlistBuddy(const Arguments& arguments);
+int runPlutil(const Arguments& arguments);
 int runPs(const Arguments& arguments);
 int runSleep(const Arguments& arguments);
 
