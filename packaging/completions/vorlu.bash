@@ -41,15 +41,21 @@ _vorluctl() {
     return
   fi
   case ${COMP_WORDS[1]} in
-    lint-catalog | lint-prefs | explain | status) [[ $word != -* ]] || _vorlu_offer "$word" --json ;;
+    lint-catalog | lint-prefs | status) [[ $word != -* ]] || _vorlu_offer "$word" --json ;;
+    explain)
+      if [[ $word == -* ]]; then
+        _vorlu_offer "$word" --json --run-scripts
+      else
+        _vorlu_identifiers "$word"
+      fi
+      ;;
     timeline)
       case $last in
-        --prefs | --days | --answers | --start) ;;
-        *) _vorlu_offer "$word" --prefs --days --answers --start ;;
+        --prefs | --days | --answers | --start | --hours | --release-every) ;;
+        *) _vorlu_offer "$word" --prefs --days --answers --start --hours --release-every --json ;;
       esac
       ;;
   esac
-  if [[ ${COMP_WORDS[1]} == explain && $word != -* ]]; then _vorlu_identifiers "$word"; fi
 }
 
 complete -F _vorlu vorlu
