@@ -57,7 +57,8 @@ struct KeyNote {
   std::string_view pattern{};   ///< regular expression for the whole text, which may be empty
   std::string_view ifAbsent{};  ///< value that is used without the key, where the member itself has no default
   std::string_view example{};
-  bool unused = false;  ///< carried, but the agent does nothing with it
+  std::string_view needs{};  ///< key of the same record without which this one doesn't count
+  bool unused = false;       ///< carried, but the agent does nothing with it
 };
 
 /// A key of a record, its member known to the compiler.
