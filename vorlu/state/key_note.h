@@ -14,13 +14,17 @@
 ///
 ///     struct DeferralPrefs {
 ///       std::int64_t specifyLimit = 2;
+///       template <class P = DeferralPrefs>
 ///       static constexpr auto keys() {
-///         return std::tuple{field<&DeferralPrefs::specifyLimit>("specifyLimit", {.help = "How often …", .range =
-///         {{0}}})};
+///         return std::tuple{field<&P::specifyLimit>("specifyLimit", {.help = "How often …", .range = KeyRange{0}})};
 ///       }
-///       static constexpr auto fields() { return withoutNotes(keys()); }
+///       template <class P = DeferralPrefs>
+///       static constexpr auto fields() {
+///         return withoutNotes(P::keys());
+///       }
 ///     };
 ///
+/// They are templates so that only those files which code or list the keys pay for them.
 /// Coding uses `fields()` and doesn't see the notes; documents and checks are made from `keys()`.
 namespace vorlu {
 

@@ -28,8 +28,8 @@ struct GeneralOptionPrefs {
   std::optional<TextList> excludedAppInstalls;
   std::optional<TextList> allowedAppUpdates;
   std::optional<TextList> excludedAppUpdates;
+  template <class P = GeneralOptionPrefs>
   static constexpr auto keys() {
-    using P = GeneralOptionPrefs;
     return std::tuple{
         field<&P::publicKey>(
             "publicKey",
@@ -53,24 +53,31 @@ struct GeneralOptionPrefs {
             "excludedAppUpdates",
             {.help = "Apps that are never updated, by appIdentifier; exclusion beats allowance."})};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = GeneralOptionPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 struct DeferralPrefs {
   std::string deferralOption = "specifyDeferralLimit";
   std::int64_t specifyLimit = 2;
+  template <class P = DeferralPrefs>
   static constexpr auto keys() {
     return std::tuple{
-        field<&DeferralPrefs::deferralOption>(
+        field<&P::deferralOption>(
             "deferralOption", {.help = "Whether the user may defer a limited number of times, without limit or not at "
                                        "all; another text updates without asking.",
                                .choices = {"specifyDeferralLimit", "disableDeferralLimit", "disableDeferrals"}}),
-        field<&DeferralPrefs::specifyLimit>(
+        field<&P::specifyLimit>(
             "specifyLimit",
             {.help = "How often the user may defer with specifyDeferralLimit; with none left the grace period starts.",
              .range = KeyRange{0}})};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = DeferralPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 inline constexpr Choices promptModes = {"singlePromptMode", "recurringPromptMode"};
@@ -84,8 +91,8 @@ struct RunPrefs {
   std::int64_t deferralWindow = 60;  ///< minutes
   std::string patchDayFrequency = "singlePromptMode";
   std::int64_t patchDayDeferralWindow = 60;  ///< minutes
+  template <class P = RunPrefs>
   static constexpr auto keys() {
-    using P = RunPrefs;
     return std::tuple{
         field<&P::runType>("runType", {.help = "When users are asked: after an interval since the last update "
                                                "activity, or on one day of the week. Another text: at every run.",
@@ -119,7 +126,10 @@ struct RunPrefs {
              .range = KeyRange{0},
              .unit = "minutes"})};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = RunPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 /// One day of the run limitations. The times as the profile gives them, such as "09:00".
@@ -161,48 +171,55 @@ struct RunLimits {
   /// By the calendar's number: 1 Sunday to 7 Saturday.
   DayLimits day(int weekday) const;
 
+  template <class P = RunLimits>
   static constexpr auto keys() {
-    using L = RunLimits;
-    return std::tuple{field<&L::monday>("monday", limitNotes::day),
-                      field<&L::mondayStartTime>("mondayStartTime", limitNotes::opens("mondayEndTime")),
-                      field<&L::mondayEndTime>("mondayEndTime", limitNotes::closes("mondayStartTime")),
-                      field<&L::tuesday>("tuesday", limitNotes::day),
-                      field<&L::tuesdayStartTime>("tuesdayStartTime", limitNotes::opens("tuesdayEndTime")),
-                      field<&L::tuesdayEndTime>("tuesdayEndTime", limitNotes::closes("tuesdayStartTime")),
-                      field<&L::wednesday>("wednesday", limitNotes::day),
-                      field<&L::wednesdayStartTime>("wednesdayStartTime", limitNotes::opens("wednesdayEndTime")),
-                      field<&L::wednesdayEndTime>("wednesdayEndTime", limitNotes::closes("wednesdayStartTime")),
-                      field<&L::thursday>("thursday", limitNotes::day),
-                      field<&L::thursdayStartTime>("thursdayStartTime", limitNotes::opens("thursdayEndTime")),
-                      field<&L::thursdayEndTime>("thursdayEndTime", limitNotes::closes("thursdayStartTime")),
-                      field<&L::friday>("friday", limitNotes::day),
-                      field<&L::fridayStartTime>("fridayStartTime", limitNotes::opens("fridayEndTime")),
-                      field<&L::fridayEndTime>("fridayEndTime", limitNotes::closes("fridayStartTime")),
-                      field<&L::saturday>("saturday", limitNotes::day),
-                      field<&L::saturdayStartTime>("saturdayStartTime", limitNotes::opens("saturdayEndTime")),
-                      field<&L::saturdayEndTime>("saturdayEndTime", limitNotes::closes("saturdayStartTime")),
-                      field<&L::sunday>("sunday", limitNotes::day),
-                      field<&L::sundayStartTime>("sundayStartTime", limitNotes::opens("sundayEndTime")),
-                      field<&L::sundayEndTime>("sundayEndTime", limitNotes::closes("sundayStartTime"))};
+    return std::tuple{field<&P::monday>("monday", limitNotes::day),
+                      field<&P::mondayStartTime>("mondayStartTime", limitNotes::opens("mondayEndTime")),
+                      field<&P::mondayEndTime>("mondayEndTime", limitNotes::closes("mondayStartTime")),
+                      field<&P::tuesday>("tuesday", limitNotes::day),
+                      field<&P::tuesdayStartTime>("tuesdayStartTime", limitNotes::opens("tuesdayEndTime")),
+                      field<&P::tuesdayEndTime>("tuesdayEndTime", limitNotes::closes("tuesdayStartTime")),
+                      field<&P::wednesday>("wednesday", limitNotes::day),
+                      field<&P::wednesdayStartTime>("wednesdayStartTime", limitNotes::opens("wednesdayEndTime")),
+                      field<&P::wednesdayEndTime>("wednesdayEndTime", limitNotes::closes("wednesdayStartTime")),
+                      field<&P::thursday>("thursday", limitNotes::day),
+                      field<&P::thursdayStartTime>("thursdayStartTime", limitNotes::opens("thursdayEndTime")),
+                      field<&P::thursdayEndTime>("thursdayEndTime", limitNotes::closes("thursdayStartTime")),
+                      field<&P::friday>("friday", limitNotes::day),
+                      field<&P::fridayStartTime>("fridayStartTime", limitNotes::opens("fridayEndTime")),
+                      field<&P::fridayEndTime>("fridayEndTime", limitNotes::closes("fridayStartTime")),
+                      field<&P::saturday>("saturday", limitNotes::day),
+                      field<&P::saturdayStartTime>("saturdayStartTime", limitNotes::opens("saturdayEndTime")),
+                      field<&P::saturdayEndTime>("saturdayEndTime", limitNotes::closes("saturdayStartTime")),
+                      field<&P::sunday>("sunday", limitNotes::day),
+                      field<&P::sundayStartTime>("sundayStartTime", limitNotes::opens("sundayEndTime")),
+                      field<&P::sundayEndTime>("sundayEndTime", limitNotes::closes("sundayStartTime"))};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = RunLimits>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 /// InitialSizePrefs, GraceSizePrefs and SelfServiceSizePrefs share one shape.
 struct PromptSizePrefs {
   std::optional<std::int64_t> promptHeight;
   std::optional<std::int64_t> promptWidth;
+  template <class P = PromptSizePrefs>
   static constexpr auto keys() {
     return std::tuple{
-        field<&PromptSizePrefs::promptHeight>("promptHeight", {.help = "Height of the window without its list.",
-                                                               .range = KeyRange{1},
-                                                               .unit = "points",
-                                                               .needs = "promptWidth"}),
-        field<&PromptSizePrefs::promptWidth>(
+        field<&P::promptHeight>("promptHeight", {.help = "Height of the window without its list.",
+                                                 .range = KeyRange{1},
+                                                 .unit = "points",
+                                                 .needs = "promptWidth"}),
+        field<&P::promptWidth>(
             "promptWidth",
             {.help = "Width of the window.", .range = KeyRange{1}, .unit = "points", .needs = "promptHeight"})};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = PromptSizePrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 /// Keys that both kinds of updates have.
@@ -279,8 +296,8 @@ struct ScheduledUpdatesPrefs {
   std::optional<std::string> updateProgressOverlayIcon;
   bool autoRelaunchApps = true;
   bool displayCompletePrompt = true;
+  template <class P = ScheduledUpdatesPrefs>
   static constexpr auto keys() {
-    using P = ScheduledUpdatesPrefs;
     return std::tuple{
         field<&P::deferralConfiguration>("deferralConfiguration", {.help = "Deferrals."}),
         field<&P::runFrequency>("runFrequency", {.help = "How often the user is asked."}),
@@ -344,7 +361,10 @@ struct ScheduledUpdatesPrefs {
         field<&P::autoRelaunchApps>("autoRelaunchApps", promptNotes::autoRelaunchApps),
         field<&P::displayCompletePrompt>("displayCompletePrompt", promptNotes::displayCompletePrompt)};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = ScheduledUpdatesPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 struct ForcedUpdatesPrefs {
@@ -369,8 +389,8 @@ struct ForcedUpdatesPrefs {
   std::optional<std::string> updateProgressOverlayIcon;
   bool autoRelaunchApps = true;
   bool displayCompletePrompt = true;
+  template <class P = ForcedUpdatesPrefs>
   static constexpr auto keys() {
-    using P = ForcedUpdatesPrefs;
     return std::tuple{
         field<&P::runLimitations>("runLimitations", {.help = "Days and times at which forced updates may run."}),
         field<&P::customInitialPromptSize>("customInitialPromptSize",
@@ -402,7 +422,10 @@ struct ForcedUpdatesPrefs {
         field<&P::autoRelaunchApps>("autoRelaunchApps", promptNotes::autoRelaunchApps),
         field<&P::displayCompletePrompt>("displayCompletePrompt", promptNotes::displayCompletePrompt)};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = ForcedUpdatesPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 /// The administrator's property list. A missing section behaves as one with every key missing.
@@ -410,16 +433,19 @@ struct CustomPrefs {
   GeneralOptionPrefs GeneralOptions;
   ScheduledUpdatesPrefs ScheduledUpdates;
   ForcedUpdatesPrefs ForcedUpdates;
+  template <class P = CustomPrefs>
   static constexpr auto keys() {
     return std::tuple{
-        field<&CustomPrefs::GeneralOptions>("GeneralOptions",
-                                            {.help = "What the agent does at all, and for which apps."}),
-        field<&CustomPrefs::ScheduledUpdates>("ScheduledUpdates",
-                                              {.help = "When and how users are asked about updates of apps in use."}),
-        field<&CustomPrefs::ForcedUpdates>(
-            "ForcedUpdates", {.help = "How users are asked about updates that an administrator forces."})};
+        field<&P::GeneralOptions>("GeneralOptions", {.help = "What the agent does at all, and for which apps."}),
+        field<&P::ScheduledUpdates>("ScheduledUpdates",
+                                    {.help = "When and how users are asked about updates of apps in use."}),
+        field<&P::ForcedUpdates>("ForcedUpdates",
+                                 {.help = "How users are asked about updates that an administrator forces."})};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = CustomPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 /// Finds and decodes the list: the first path that exists wins. No file, or one that can't be read, gives the defaults
