@@ -6,12 +6,17 @@
 #include <vector>
 
 #include "vorlu/platform/platform.h"
+#include "vorlu/state/key_note.h"
 #include "vorlu/state/log.h"
-#include "vorlu/state/record.h"
 
 namespace vorlu {
 
 using TextList = std::vector<std::string>;
+
+/// Words for a place on the screen, in any letter case: both spellings of the middle, and the pair that the tool's
+/// manual names.
+inline constexpr Choices promptPositions = {"topleft", "left",        "bottomleft",    "top",    "bottom", "topright",
+                                            "right",   "bottomright", "center/centre", "center", "centre"};
 
 /// GeneralOptions. Members hold their default until the profile gives another value; optional ones have none.
 struct GeneralOptionPrefs {
@@ -23,27 +28,59 @@ struct GeneralOptionPrefs {
   std::optional<TextList> excludedAppInstalls;
   std::optional<TextList> allowedAppUpdates;
   std::optional<TextList> excludedAppUpdates;
+  template <class P = GeneralOptionPrefs>
+  static constexpr auto keys() {
+    return std::tuple{
+        field<&P::publicKey>(
+            "publicKey",
+            {.help = "Public key of the reports' owner, PEM text or its Base64 body; without it no report is sent."}),
+        field<&P::hourlyCheck>("hourlyCheck", {.help = "Lets --update run look for updates about once an hour and "
+                                                       "install those of apps that are not in use."}),
+        field<&P::updatePrompts>(
+            "updatePrompts",
+            {.help = "Lets --update run ask the user about updates of apps in use, by the rules of ScheduledUpdates."}),
+        field<&P::autoUpdate>("autoUpdate", {.help = "Lets the agent update itself and its prompts."}),
+        field<&P::allowedAppInstalls>("allowedAppInstalls",
+                                      {.help = "Apps that --install may install, by appIdentifier or serverName; "
+                                               "absent or empty: every app of the catalog."}),
+        field<&P::excludedAppInstalls>(
+            "excludedAppInstalls",
+            {.help = "Apps that --install refuses, by appIdentifier or serverName, even if they are allowed."}),
+        field<&P::allowedAppUpdates>("allowedAppUpdates",
+                                     {.help = "The only apps to update, by appIdentifier, appName or serverName; "
+                                              "absent or empty: every app of the catalog."}),
+        field<&P::excludedAppUpdates>(
+            "excludedAppUpdates",
+            {.help = "Apps that are never updated, by appIdentifier; exclusion beats allowance."})};
+  }
+  template <class P = GeneralOptionPrefs>
   static constexpr auto fields() {
-    using P = GeneralOptionPrefs;
-    return std::array{field<&P::publicKey>("publicKey"),
-                      field<&P::hourlyCheck>("hourlyCheck"),
-                      field<&P::updatePrompts>("updatePrompts"),
-                      field<&P::autoUpdate>("autoUpdate"),
-                      field<&P::allowedAppInstalls>("allowedAppInstalls"),
-                      field<&P::excludedAppInstalls>("excludedAppInstalls"),
-                      field<&P::allowedAppUpdates>("allowedAppUpdates"),
-                      field<&P::excludedAppUpdates>("excludedAppUpdates")};
+    return withoutNotes(P::keys());
   }
 };
 
 struct DeferralPrefs {
   std::string deferralOption = "specifyDeferralLimit";
   std::int64_t specifyLimit = 2;
+  template <class P = DeferralPrefs>
+  static constexpr auto keys() {
+    return std::tuple{
+        field<&P::deferralOption>(
+            "deferralOption", {.help = "Whether the user may defer a limited number of times, without limit or not at "
+                                       "all; another text updates without asking.",
+                               .choices = {"specifyDeferralLimit", "disableDeferralLimit", "disableDeferrals"}}),
+        field<&P::specifyLimit>(
+            "specifyLimit",
+            {.help = "How often the user may defer with specifyDeferralLimit; with none left the grace period starts.",
+             .range = KeyRange{0}})};
+  }
+  template <class P = DeferralPrefs>
   static constexpr auto fields() {
-    return std::array{field<&DeferralPrefs::deferralOption>("deferralOption"),
-                      field<&DeferralPrefs::specifyLimit>("specifyLimit")};
+    return withoutNotes(P::keys());
   }
 };
+
+inline constexpr Choices promptModes = {"singlePromptMode", "recurringPromptMode"};
 
 struct RunPrefs {
   std::string runType = "specifyfrequency";
@@ -54,16 +91,44 @@ struct RunPrefs {
   std::int64_t deferralWindow = 60;  ///< minutes
   std::string patchDayFrequency = "singlePromptMode";
   std::int64_t patchDayDeferralWindow = 60;  ///< minutes
+  template <class P = RunPrefs>
+  static constexpr auto keys() {
+    return std::tuple{
+        field<&P::runType>("runType", {.help = "When users are asked: after an interval since the last update "
+                                               "activity, or on one day of the week. Another text: at every run.",
+                                       .choices = {"specifyFrequency", "specifyPatchDay"},
+                                       .choicesInAnyCase = true}),
+        field<&P::patchDay>("patchDay", {.help = "Patch day for specifyPatchDay: 1 is Sunday, 7 is Saturday.",
+                                         .range = KeyRange{1, 7}}),
+        field<&P::missedUpdatePrompt>("missedUpdatePrompt",
+                                      {.help = "Asks on a later day when a patch day passed without an update."}),
+        field<&P::frequencyOption>("frequencyOption",
+                                   {.help = "Interval for specifyFrequency. Another text: no interval.",
+                                    .choices = {"oneDay", "oneWeek", "twoWeeks", "threeWeeks", "fourWeeks"},
+                                    .choicesInAnyCase = true}),
+        field<&P::frequencyElapsedMode>(
+            "frequencyElapsedMode",
+            {.help =
+                 "Asks once an interval, or again after each deferral. Any text but singlePromptMode means recurring.",
+             .choices = promptModes}),
+        field<&P::deferralWindow>(
+            "deferralWindow",
+            {.help = "Time after a deferral before recurringPromptMode asks again, with specifyFrequency.",
+             .range = KeyRange{0},
+             .unit = "minutes"}),
+        field<&P::patchDayFrequency>("patchDayFrequency",
+                                     {.help = "Asks once on a patch day, or again after each deferral. Any text but "
+                                              "singlePromptMode means recurring.",
+                                      .choices = promptModes}),
+        field<&P::patchDayDeferralWindow>(
+            "patchDayDeferralWindow",
+            {.help = "Time after a deferral before recurringPromptMode asks again, with specifyPatchDay.",
+             .range = KeyRange{0},
+             .unit = "minutes"})};
+  }
+  template <class P = RunPrefs>
   static constexpr auto fields() {
-    using P = RunPrefs;
-    return std::array{field<&P::runType>("runType"),
-                      field<&P::patchDay>("patchDay"),
-                      field<&P::missedUpdatePrompt>("missedUpdatePrompt"),
-                      field<&P::frequencyOption>("frequencyOption"),
-                      field<&P::frequencyElapsedMode>("frequencyElapsedMode"),
-                      field<&P::deferralWindow>("deferralWindow"),
-                      field<&P::patchDayFrequency>("patchDayFrequency"),
-                      field<&P::patchDayDeferralWindow>("patchDayDeferralWindow")};
+    return withoutNotes(P::keys());
   }
 };
 
@@ -73,6 +138,28 @@ struct DayLimits {
   std::optional<std::string> startTime;
   std::optional<std::string> endTime;
 };
+
+/// The three keys that each day of the run limitations has.
+namespace limitNotes {
+inline constexpr std::string_view clock = "^(([01][0-9]|2[0-3]):?[0-5][0-9])?$";
+inline constexpr KeyNote day{.help = "Whether updates may run on this day."};
+constexpr KeyNote opens(std::string_view end) {
+  return {.help = "Time from which updates may run on this day.",
+          .unit = "24-hour clock",
+          .pattern = clock,
+          .example = "09:00",
+          .needs = end};
+}
+constexpr KeyNote closes(std::string_view start) {
+  return {
+      .help =
+          "Time up to which updates may run on this day; one before the start time shuts the hours between the two.",
+      .unit = "24-hour clock",
+      .pattern = clock,
+      .example = "17:00",
+      .needs = start};
+}
+}  // namespace limitNotes
 
 /// The limitations of a week. The keys of a day are its name, "{day}StartTime" and "{day}EndTime".
 struct RunLimits {
@@ -84,29 +171,33 @@ struct RunLimits {
   /// By the calendar's number: 1 Sunday to 7 Saturday.
   DayLimits day(int weekday) const;
 
+  template <class P = RunLimits>
+  static constexpr auto keys() {
+    return std::tuple{field<&P::monday>("monday", limitNotes::day),
+                      field<&P::mondayStartTime>("mondayStartTime", limitNotes::opens("mondayEndTime")),
+                      field<&P::mondayEndTime>("mondayEndTime", limitNotes::closes("mondayStartTime")),
+                      field<&P::tuesday>("tuesday", limitNotes::day),
+                      field<&P::tuesdayStartTime>("tuesdayStartTime", limitNotes::opens("tuesdayEndTime")),
+                      field<&P::tuesdayEndTime>("tuesdayEndTime", limitNotes::closes("tuesdayStartTime")),
+                      field<&P::wednesday>("wednesday", limitNotes::day),
+                      field<&P::wednesdayStartTime>("wednesdayStartTime", limitNotes::opens("wednesdayEndTime")),
+                      field<&P::wednesdayEndTime>("wednesdayEndTime", limitNotes::closes("wednesdayStartTime")),
+                      field<&P::thursday>("thursday", limitNotes::day),
+                      field<&P::thursdayStartTime>("thursdayStartTime", limitNotes::opens("thursdayEndTime")),
+                      field<&P::thursdayEndTime>("thursdayEndTime", limitNotes::closes("thursdayStartTime")),
+                      field<&P::friday>("friday", limitNotes::day),
+                      field<&P::fridayStartTime>("fridayStartTime", limitNotes::opens("fridayEndTime")),
+                      field<&P::fridayEndTime>("fridayEndTime", limitNotes::closes("fridayStartTime")),
+                      field<&P::saturday>("saturday", limitNotes::day),
+                      field<&P::saturdayStartTime>("saturdayStartTime", limitNotes::opens("saturdayEndTime")),
+                      field<&P::saturdayEndTime>("saturdayEndTime", limitNotes::closes("saturdayStartTime")),
+                      field<&P::sunday>("sunday", limitNotes::day),
+                      field<&P::sundayStartTime>("sundayStartTime", limitNotes::opens("sundayEndTime")),
+                      field<&P::sundayEndTime>("sundayEndTime", limitNotes::closes("sundayStartTime"))};
+  }
+  template <class P = RunLimits>
   static constexpr auto fields() {
-    using L = RunLimits;
-    return std::array{field<&L::monday>("monday"),
-                      field<&L::mondayStartTime>("mondayStartTime"),
-                      field<&L::mondayEndTime>("mondayEndTime"),
-                      field<&L::tuesday>("tuesday"),
-                      field<&L::tuesdayStartTime>("tuesdayStartTime"),
-                      field<&L::tuesdayEndTime>("tuesdayEndTime"),
-                      field<&L::wednesday>("wednesday"),
-                      field<&L::wednesdayStartTime>("wednesdayStartTime"),
-                      field<&L::wednesdayEndTime>("wednesdayEndTime"),
-                      field<&L::thursday>("thursday"),
-                      field<&L::thursdayStartTime>("thursdayStartTime"),
-                      field<&L::thursdayEndTime>("thursdayEndTime"),
-                      field<&L::friday>("friday"),
-                      field<&L::fridayStartTime>("fridayStartTime"),
-                      field<&L::fridayEndTime>("fridayEndTime"),
-                      field<&L::saturday>("saturday"),
-                      field<&L::saturdayStartTime>("saturdayStartTime"),
-                      field<&L::saturdayEndTime>("saturdayEndTime"),
-                      field<&L::sunday>("sunday"),
-                      field<&L::sundayStartTime>("sundayStartTime"),
-                      field<&L::sundayEndTime>("sundayEndTime")};
+    return withoutNotes(P::keys());
   }
 };
 
@@ -114,11 +205,63 @@ struct RunLimits {
 struct PromptSizePrefs {
   std::optional<std::int64_t> promptHeight;
   std::optional<std::int64_t> promptWidth;
+  template <class P = PromptSizePrefs>
+  static constexpr auto keys() {
+    return std::tuple{
+        field<&P::promptHeight>("promptHeight", {.help = "Height of the window without its list.",
+                                                 .range = KeyRange{1},
+                                                 .unit = "points",
+                                                 .needs = "promptWidth"}),
+        field<&P::promptWidth>(
+            "promptWidth",
+            {.help = "Width of the window.", .range = KeyRange{1}, .unit = "points", .needs = "promptHeight"})};
+  }
+  template <class P = PromptSizePrefs>
   static constexpr auto fields() {
-    return std::array{field<&PromptSizePrefs::promptHeight>("promptHeight"),
-                      field<&PromptSizePrefs::promptWidth>("promptWidth")};
+    return withoutNotes(P::keys());
   }
 };
+
+/// Keys that both kinds of updates have.
+namespace promptNotes {
+inline constexpr KeyNote customIcon{
+    .help = "Path of the icon of the prompts; absent: Self Service branding or the App Store icon.",
+    .example = "/Library/Management/icon.png"};
+inline constexpr KeyNote initialPromptOverlayIcon{
+    .help = "Path of the small icon over the icon of the prompts, or selfservice for the Self Service branding.",
+    .example = "selfservice"};
+inline constexpr KeyNote customUpdateButton{.help = "Text of the button that starts the update.", .ifAbsent = "Update"};
+inline constexpr KeyNote refreshInterval{.help =
+                                             "Time after which the prompt that offers a deferral comes to the front "
+                                             "again; others are brought into this range.",
+                                         .range = KeyRange{10, 120},
+                                         .unit = "seconds"};
+inline constexpr KeyNote acceptableAppBundleIDs{.help =
+                                                    "Bundle identifiers of apps during whose use nobody is asked: one "
+                                                    "in the foreground postpones the prompt.",
+                                                .example = "com.apple.iWork.Keynote"};
+inline constexpr KeyNote acceptableAppAssertions{
+    .help = "Names of processes that postpone the prompt while they keep the Mac from sleeping, as in a call.",
+    .example = "zoom.us"};
+inline constexpr KeyNote acceptableDNDMode{.help = "Postpones the prompt while Do Not Disturb or a Focus is on."};
+inline constexpr KeyNote acceptableCameraUsage{
+    .help = "Postpones the prompt while a camera is in use; Apple silicon needs macOS 13."};
+inline constexpr KeyNote acceptableScreenSharing{.help = "Postpones the prompt while the screen is shared."};
+inline constexpr KeyNote updateProgressPosition{
+    .help = "Where the progress window and the prompts after it stand. Another text: topright.",
+    .choices = promptPositions,
+    .choicesInAnyCase = true,
+    .ifAbsent = "topright"};
+inline constexpr KeyNote updateProgressPrompt{.help = "Progress window in front of others, among them, or none.",
+                                              .choices = {"focusPrompt", "noFocusPrompt", "noPrompt"},
+                                              .ifAbsent = "noFocusPrompt"};
+inline constexpr KeyNote updateProgressOverlayIcon{.help =
+                                                       "Path of the small icon over the app's icon in the progress "
+                                                       "window, or selfservice for the Self Service branding.",
+                                                   .example = "selfservice"};
+inline constexpr KeyNote autoRelaunchApps{.help = "Opens apps again that were quit for their update."};
+inline constexpr KeyNote displayCompletePrompt{.help = "Tells the user when the updates are done."};
+}  // namespace promptNotes
 
 struct ScheduledUpdatesPrefs {
   DeferralPrefs deferralConfiguration;
@@ -153,40 +296,74 @@ struct ScheduledUpdatesPrefs {
   std::optional<std::string> updateProgressOverlayIcon;
   bool autoRelaunchApps = true;
   bool displayCompletePrompt = true;
+  template <class P = ScheduledUpdatesPrefs>
+  static constexpr auto keys() {
+    return std::tuple{
+        field<&P::deferralConfiguration>("deferralConfiguration", {.help = "Deferrals."}),
+        field<&P::runFrequency>("runFrequency", {.help = "How often the user is asked."}),
+        field<&P::runLimitations>(
+            "runLimitations",
+            {.help = "Days and times at which the user may be asked. The patch day overrides its day, not its times."}),
+        field<&P::customInitialPromptSize>("customInitialPromptSize",
+                                           {.help = "Size of the prompt that offers a deferral."}),
+        field<&P::customGracePromptSize>("customGracePromptSize", {.help = "Size of the grace period prompt."}),
+        field<&P::customSelfServicePromptSize>("customSelfServicePromptSize",
+                                               {.help = "Size of the prompt of --update selfService."}),
+        field<&P::gracePeriodMinutes>(
+            "gracePeriodMinutes",
+            {.help = "Countdown of the grace period prompt; 0 or less means 15, a week is the longest.",
+             .range = KeyRange{1, 10080},
+             .unit = "minutes"}),
+        field<&P::customIcon>("customIcon", promptNotes::customIcon),
+        field<&P::initialPromptOverlayIcon>("initialPromptOverlayIcon", promptNotes::initialPromptOverlayIcon),
+        field<&P::singleAppTitle>("singleAppTitle", {.help = "Title of the prompts for one app; appName is replaced."}),
+        field<&P::multipleAppsTitle>("multipleAppsTitle", {.help = "Title of the prompts for several apps."}),
+        field<&P::singleInitialQuitPromptMessage>("singleInitialQuitPromptMessage",
+                                                  {.help = "Message of the prompt that offers a deferral, for one app; "
+                                                           "placeholders are replaced. Absent: the agent's own."}),
+        field<&P::multipleInitialQuitPromptMessage>(
+            "multipleInitialQuitPromptMessage", {.help = "Message of the prompt that offers a deferral, for several "
+                                                         "apps; placeholders are replaced. Absent: the agent's own."}),
+        field<&P::singleSelfServiceQuitMessage>("singleSelfServiceQuitMessage",
+                                                {.help = "Message of the prompt of --update selfService for one app; "
+                                                         "placeholders are replaced. Absent: the agent's own."}),
+        field<&P::multipleSelfServiceQuitMessage>(
+            "multipleSelfServiceQuitMessage", {.help = "Message of the prompt of --update selfService for several "
+                                                       "apps; placeholders are replaced. Absent: the agent's own."}),
+        field<&P::singleAppGracePeriodQuitMessage>("singleAppGracePeriodQuitMessage",
+                                                   {.help = "Message of the grace period prompt for one app; "
+                                                            "placeholders are replaced. Absent: the agent's own."}),
+        field<&P::multipleAppGracePeriodQuitMessage>("multipleAppGracePeriodQuitMessage",
+                                                     {.help = "Message of the grace period prompt for several apps; "
+                                                              "placeholders are replaced. Absent: the agent's own."}),
+        field<&P::customDeferButton>("customDeferButton",
+                                     {.help = "Text of the defer button; where deferrals are limited deferCount is "
+                                              "replaced. Absent: Defer, with the count there.",
+                                      .example = "Later (deferCount)"}),
+        field<&P::customSkipButton>(
+            "customSkipButton",
+            {.help = "Text of the button that takes the place of the defer button in --update selfService.",
+             .ifAbsent = "Skip"}),
+        field<&P::customUpdateButton>("customUpdateButton", promptNotes::customUpdateButton),
+        field<&P::appListType>(
+            "appListType", {.help = "Shows the apps as a list in the prompt (vertical), or names them in its message.",
+                            .choices = {"vertical", "horizontal"},
+                            .ifAbsent = "horizontal"}),
+        field<&P::refreshInterval>("refreshInterval", promptNotes::refreshInterval),
+        field<&P::acceptableAppBundleIDs>("acceptableAppBundleIDs", promptNotes::acceptableAppBundleIDs),
+        field<&P::acceptableAppAssertions>("acceptableAppAssertions", promptNotes::acceptableAppAssertions),
+        field<&P::acceptableDNDMode>("acceptableDNDMode", promptNotes::acceptableDNDMode),
+        field<&P::acceptableCameraUsage>("acceptableCameraUsage", promptNotes::acceptableCameraUsage),
+        field<&P::acceptableScreenSharing>("acceptableScreenSharing", promptNotes::acceptableScreenSharing),
+        field<&P::updateProgressPosition>("updateProgressPosition", promptNotes::updateProgressPosition),
+        field<&P::updateProgressPrompt>("updateProgressPrompt", promptNotes::updateProgressPrompt),
+        field<&P::updateProgressOverlayIcon>("updateProgressOverlayIcon", promptNotes::updateProgressOverlayIcon),
+        field<&P::autoRelaunchApps>("autoRelaunchApps", promptNotes::autoRelaunchApps),
+        field<&P::displayCompletePrompt>("displayCompletePrompt", promptNotes::displayCompletePrompt)};
+  }
+  template <class P = ScheduledUpdatesPrefs>
   static constexpr auto fields() {
-    using P = ScheduledUpdatesPrefs;
-    return std::array{field<&P::deferralConfiguration>("deferralConfiguration"),
-                      field<&P::runFrequency>("runFrequency"),
-                      field<&P::runLimitations>("runLimitations"),
-                      field<&P::customInitialPromptSize>("customInitialPromptSize"),
-                      field<&P::customGracePromptSize>("customGracePromptSize"),
-                      field<&P::customSelfServicePromptSize>("customSelfServicePromptSize"),
-                      field<&P::gracePeriodMinutes>("gracePeriodMinutes"),
-                      field<&P::customIcon>("customIcon"),
-                      field<&P::initialPromptOverlayIcon>("initialPromptOverlayIcon"),
-                      field<&P::singleAppTitle>("singleAppTitle"),
-                      field<&P::multipleAppsTitle>("multipleAppsTitle"),
-                      field<&P::singleInitialQuitPromptMessage>("singleInitialQuitPromptMessage"),
-                      field<&P::multipleInitialQuitPromptMessage>("multipleInitialQuitPromptMessage"),
-                      field<&P::singleSelfServiceQuitMessage>("singleSelfServiceQuitMessage"),
-                      field<&P::multipleSelfServiceQuitMessage>("multipleSelfServiceQuitMessage"),
-                      field<&P::singleAppGracePeriodQuitMessage>("singleAppGracePeriodQuitMessage"),
-                      field<&P::multipleAppGracePeriodQuitMessage>("multipleAppGracePeriodQuitMessage"),
-                      field<&P::customDeferButton>("customDeferButton"),
-                      field<&P::customSkipButton>("customSkipButton"),
-                      field<&P::customUpdateButton>("customUpdateButton"),
-                      field<&P::appListType>("appListType"),
-                      field<&P::refreshInterval>("refreshInterval"),
-                      field<&P::acceptableAppBundleIDs>("acceptableAppBundleIDs"),
-                      field<&P::acceptableAppAssertions>("acceptableAppAssertions"),
-                      field<&P::acceptableDNDMode>("acceptableDNDMode"),
-                      field<&P::acceptableCameraUsage>("acceptableCameraUsage"),
-                      field<&P::acceptableScreenSharing>("acceptableScreenSharing"),
-                      field<&P::updateProgressPosition>("updateProgressPosition"),
-                      field<&P::updateProgressPrompt>("updateProgressPrompt"),
-                      field<&P::updateProgressOverlayIcon>("updateProgressOverlayIcon"),
-                      field<&P::autoRelaunchApps>("autoRelaunchApps"),
-                      field<&P::displayCompletePrompt>("displayCompletePrompt")};
+    return withoutNotes(P::keys());
   }
 };
 
@@ -212,29 +389,42 @@ struct ForcedUpdatesPrefs {
   std::optional<std::string> updateProgressOverlayIcon;
   bool autoRelaunchApps = true;
   bool displayCompletePrompt = true;
+  template <class P = ForcedUpdatesPrefs>
+  static constexpr auto keys() {
+    return std::tuple{
+        field<&P::runLimitations>("runLimitations", {.help = "Days and times at which forced updates may run."}),
+        field<&P::customInitialPromptSize>("customInitialPromptSize",
+                                           {.help = "Size of the prompt that offers a deferral."}),
+        field<&P::customGracePromptSize>("customGracePromptSize", {.help = "Size of the grace period prompt."}),
+        field<&P::customIcon>("customIcon", promptNotes::customIcon),
+        field<&P::initialPromptOverlayIcon>("initialPromptOverlayIcon", promptNotes::initialPromptOverlayIcon),
+        field<&P::customTitle>("customTitle", {.help = "Title of the prompts; appName is replaced.",
+                                               .ifAbsent = "Urgent Update Required"}),
+        field<&P::initialQuitPromptMessage>(
+            "initialQuitPromptMessage",
+            {.help =
+                 "Message of the prompt that offers a deferral; placeholders are replaced. Absent: the agent's own."}),
+        field<&P::gracePeriodQuitPromptMessage>(
+            "gracePeriodQuitPromptMessage",
+            {.help = "Message of the grace period prompt; placeholders are replaced. Absent: the agent's own."}),
+        field<&P::customDeferButton>("customDeferButton", {.help = "Text of the defer button; deferCount is replaced.",
+                                                           .ifAbsent = "Defer (deferCount)"}),
+        field<&P::customUpdateButton>("customUpdateButton", promptNotes::customUpdateButton),
+        field<&P::refreshInterval>("refreshInterval", promptNotes::refreshInterval),
+        field<&P::acceptableAppBundleIDs>("acceptableAppBundleIDs", promptNotes::acceptableAppBundleIDs),
+        field<&P::acceptableAppAssertions>("acceptableAppAssertions", promptNotes::acceptableAppAssertions),
+        field<&P::acceptableDNDMode>("acceptableDNDMode", promptNotes::acceptableDNDMode),
+        field<&P::acceptableCameraUsage>("acceptableCameraUsage", promptNotes::acceptableCameraUsage),
+        field<&P::acceptableScreenSharing>("acceptableScreenSharing", promptNotes::acceptableScreenSharing),
+        field<&P::updateProgressPosition>("updateProgressPosition", promptNotes::updateProgressPosition),
+        field<&P::updateProgressPrompt>("updateProgressPrompt", promptNotes::updateProgressPrompt),
+        field<&P::updateProgressOverlayIcon>("updateProgressOverlayIcon", promptNotes::updateProgressOverlayIcon),
+        field<&P::autoRelaunchApps>("autoRelaunchApps", promptNotes::autoRelaunchApps),
+        field<&P::displayCompletePrompt>("displayCompletePrompt", promptNotes::displayCompletePrompt)};
+  }
+  template <class P = ForcedUpdatesPrefs>
   static constexpr auto fields() {
-    using P = ForcedUpdatesPrefs;
-    return std::array{field<&P::runLimitations>("runLimitations"),
-                      field<&P::customInitialPromptSize>("customInitialPromptSize"),
-                      field<&P::customGracePromptSize>("customGracePromptSize"),
-                      field<&P::customIcon>("customIcon"),
-                      field<&P::initialPromptOverlayIcon>("initialPromptOverlayIcon"),
-                      field<&P::customTitle>("customTitle"),
-                      field<&P::initialQuitPromptMessage>("initialQuitPromptMessage"),
-                      field<&P::gracePeriodQuitPromptMessage>("gracePeriodQuitPromptMessage"),
-                      field<&P::customDeferButton>("customDeferButton"),
-                      field<&P::customUpdateButton>("customUpdateButton"),
-                      field<&P::refreshInterval>("refreshInterval"),
-                      field<&P::acceptableAppBundleIDs>("acceptableAppBundleIDs"),
-                      field<&P::acceptableAppAssertions>("acceptableAppAssertions"),
-                      field<&P::acceptableDNDMode>("acceptableDNDMode"),
-                      field<&P::acceptableCameraUsage>("acceptableCameraUsage"),
-                      field<&P::acceptableScreenSharing>("acceptableScreenSharing"),
-                      field<&P::updateProgressPosition>("updateProgressPosition"),
-                      field<&P::updateProgressPrompt>("updateProgressPrompt"),
-                      field<&P::updateProgressOverlayIcon>("updateProgressOverlayIcon"),
-                      field<&P::autoRelaunchApps>("autoRelaunchApps"),
-                      field<&P::displayCompletePrompt>("displayCompletePrompt")};
+    return withoutNotes(P::keys());
   }
 };
 
@@ -243,10 +433,18 @@ struct CustomPrefs {
   GeneralOptionPrefs GeneralOptions;
   ScheduledUpdatesPrefs ScheduledUpdates;
   ForcedUpdatesPrefs ForcedUpdates;
+  template <class P = CustomPrefs>
+  static constexpr auto keys() {
+    return std::tuple{
+        field<&P::GeneralOptions>("GeneralOptions", {.help = "What the agent does at all, and for which apps."}),
+        field<&P::ScheduledUpdates>("ScheduledUpdates",
+                                    {.help = "When and how users are asked about updates of apps in use."}),
+        field<&P::ForcedUpdates>("ForcedUpdates",
+                                 {.help = "How users are asked about updates that an administrator forces."})};
+  }
+  template <class P = CustomPrefs>
   static constexpr auto fields() {
-    return std::array{field<&CustomPrefs::GeneralOptions>("GeneralOptions"),
-                      field<&CustomPrefs::ScheduledUpdates>("ScheduledUpdates"),
-                      field<&CustomPrefs::ForcedUpdates>("ForcedUpdates")};
+    return withoutNotes(P::keys());
   }
 };
 
