@@ -22,10 +22,10 @@ using namespace vorlu;
 AppBlueprints entry(int number) {
   const std::string filler = fmt::format("value {} of a field that nothing in this benchmark looks at", number);
   AppBlueprints app;
-#define BLUEPRINT_TEXT(name, ifAbsent) app.name = filler;
-#define BLUEPRINT_BOOL(name, ifAbsent) app.name = ifAbsent;
-#define BLUEPRINT_INT(name, ifAbsent) app.name = ifAbsent;
-#define BLUEPRINT_LIST(name) app.name = std::vector<std::string>{};
+#define BLUEPRINT_TEXT(name, ifAbsent, ...) app.name = filler;
+#define BLUEPRINT_BOOL(name, ifAbsent, ...) app.name = ifAbsent;
+#define BLUEPRINT_INT(name, ifAbsent, ...) app.name = ifAbsent;
+#define BLUEPRINT_LIST(name, ...) app.name = std::vector<std::string>{};
 #include "vorlu/server/blueprint_fields.def"
   const std::string name = fmt::format("Bench App {}", number);
   app.appName = name;
