@@ -18,6 +18,8 @@ void checkEntry(EntryLint& entry, const SyntaxCheck& syntax) {
   checkVersions(entry);
   checkLocation(entry);
   checkPlaceholders(entry);
+  // An entry for the inventory alone needs no installer.
+  if (!entry.app.installsAllowed.value_or(true) && !entry.app.updatesAllowed.value_or(true)) return;
   checkDownload(entry);
   checkVerification(entry);
   checkInstall(entry);
@@ -50,7 +52,8 @@ void checkEntries(LocatedValue& catalog, Findings& findings, const SyntaxCheck& 
 void checkWithAgent(std::string text, Findings& findings) {
   if (findings.hasErrors()) return;
   if (const auto read = decodeJson<std::vector<AppBlueprints>>(std::move(text)); !read)
-    findings.error({1, 1}, "", fmt::format("the agent can't read this catalog: {}", read.error()), "mend what it names");
+    findings.error({1, 1}, "", fmt::format("the agent can't read this catalog: {}", read.error()),
+                   "mend what it names");
 }
 
 }  // namespace
@@ -63,9 +66,10 @@ Findings lintCatalog(std::string text, const SyntaxCheck& syntax) {
     findings.error({1, 1}, "", fmt::format("the file begins with a byte order mark: {}", unreadable),
                    "save it as UTF-8 without a byte order mark");
   if (catalog->kind != NodeKind::array) {
-    findings.error(catalog->at, "", fmt::format("a catalog is an array of entries, and this is {}: {}",
-                                                describe(catalog->kind), unreadable),
-                   "put the entries into square brackets");
+    findings.error(
+        catalog->at, "",
+        fmt::format("a catalog is an array of entries, and this is {}: {}", describe(catalog->kind), unreadable),
+        "put the entries into square brackets");
     return findings;
   }
   if (catalog->elements.empty())

@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "ctl/lint/entry_builds.h"
 #include "ctl/lint/entry_rules.h"
 #include "ctl/lint/hash_text.h"
@@ -10,14 +12,9 @@ namespace vorlu::ctl {
 namespace {
 
 void checkArchitecture(EntryLint& entry) {
-  const std::string& architecture = orEmpty(entry.app.architecture);
-  if (architecture.empty())
-    return entry.lint.error("architecture", "is missing, so it isn't clear which download is meant",
-                            "say \"universal\" for one download, or \"arch\" for one by processor");
-  if (!wantedBuilds(entry.app).empty() && architecture != "universal" && architecture != "arch")
-    entry.lint.warning("architecture", fmt::format("is written \"{}\", and not every step takes that for the same word",
-                                                   architecture),
-                       "write it in lower case");
+  if (orEmpty(entry.app.architecture).empty())
+    entry.lint.error("architecture", "is missing, so it isn't clear which download is meant",
+                     "say \"universal\" for one download, or \"arch\" for one by processor");
 }
 
 void checkFixedURLs(EntryLint& entry) {
@@ -128,7 +125,8 @@ void checkVerification(EntryLint& entry) {
     entry.lint.warning("expectedCodeSignature", "isn't looked at, because verifySignature is false",
                        "remove it, or set verifySignature to true");
   if (hasSignature && orEmpty(app.expectedCodeSignature).find(": ") != std::string::npos)
-    entry.lint.error("expectedCodeSignature", "holds the kind of certificate, which isn't compared, so it never matches",
+    entry.lint.error("expectedCodeSignature",
+                     "holds the kind of certificate, which isn't compared, so it never matches",
                      "give what stands behind \"Developer ID Application: \"");
   for (const BuildFields& build : {universalFields(app), intelFields(app), siliconFields(app)})
     checkHashText(entry.lint, build.hashKey, build.hash);

@@ -38,7 +38,7 @@ void checkPair(RecordLint& lint, const std::string& allowedKey, const List& allo
   checkItems(lint, allowedKey, allowed);
   checkItems(lint, excludedKey, excluded);
   if (allowed && allowed->empty())
-    lint.warning(allowedKey, fmt::format("is empty, which allows {} all apps of the catalog", what),
+    lint.warning(allowedKey, fmt::format("is empty, so all apps of the catalog are {}", what),
                  "remove it, or name the apps that are allowed");
   if (!allowed || allowed->empty() || !excluded) return;
   const auto isTaken = [&](const std::string& app) { return holds(*excluded, app); };

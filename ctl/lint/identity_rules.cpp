@@ -22,15 +22,19 @@ void checkOrder(EntryLint& entry, const char* key, const std::optional<std::stri
   constexpr std::string_view lowest = "0";
   constexpr std::string_view highest = "999999999999";
   if (compareVersions(*version, highest) > 0)
-    return entry.lint.error(key, fmt::format("\"{}\" orders above every number, so an update would be due for ever", *version),
-                            "begin the version with its number, as the application itself shows it");
+    return entry.lint.error(
+        key, fmt::format("\"{}\" orders above every number, so an update would be due for ever", *version),
+        "begin the version with its number, as the application itself shows it");
   if (compareVersions(*version, lowest) < 0)
-    return entry.lint.error(key, fmt::format("\"{}\" orders below every number, so no update would ever be due", *version),
+    return entry.lint.error(key,
+                            fmt::format("\"{}\" orders below every number, so no update would ever be due", *version),
                             "begin the version with its number, without a blank before it");
   if (trimmed(*version) != *version)
-    entry.lint.error(key, fmt::format("\"{}\" has blanks at its end and orders above \"{}\": the update would be due for ever",
-                                      *version, trimmed(*version)),
-                     "remove the blanks");
+    entry.lint.error(
+        key,
+        fmt::format("\"{}\" has blanks at its end and orders above \"{}\": the update would be due for ever", *version,
+                    trimmed(*version)),
+        "remove the blanks");
 }
 
 void checkMethod(EntryLint& entry) {
@@ -44,7 +48,8 @@ void checkMethod(EntryLint& entry) {
     entry.lint.error("latestVersionScript", "is missing, and latestVersionMethod is \"shellCommand\"",
                      "give the script that prints the installed version");
   if (method != "shellCommand" && !isEmpty(app.latestVersionScript))
-    entry.lint.warning("latestVersionScript", fmt::format("is never run, because latestVersionMethod is \"{}\"", method),
+    entry.lint.warning("latestVersionScript",
+                       fmt::format("is never run, because latestVersionMethod is \"{}\"", method),
                        "remove it, or say \"shellCommand\"");
   if (method == "pkgReceipt" && (!app.installReceipts || app.installReceipts->empty()))
     entry.lint.error("installReceipts", "is missing, and latestVersionMethod is \"pkgReceipt\"",

@@ -91,9 +91,11 @@ void checkByType(EntryLint& entry, const DownloadType& type) {
     checkUnused(entry, "nestedDownloadFiles", !isEmpty(app.nestedDownloadFiles));
   }
   if (!holdsPackages) checkUnused(entry, "architectureNesting", byProcessor);
-  if (!byProcessor && holdsPackages && (!isEmpty(app.nestedIntelDownloadFiles) || !isEmpty(app.nestedSiliconDownloadFiles)))
-    entry.lint.warning(isEmpty(app.nestedIntelDownloadFiles) ? "nestedSiliconDownloadFiles" : "nestedIntelDownloadFiles",
-                       "isn't used, because architectureNesting isn't true", "set it to true, or remove the list");
+  if (!byProcessor && holdsPackages &&
+      (!isEmpty(app.nestedIntelDownloadFiles) || !isEmpty(app.nestedSiliconDownloadFiles)))
+    entry.lint.warning(
+        isEmpty(app.nestedIntelDownloadFiles) ? "nestedSiliconDownloadFiles" : "nestedIntelDownloadFiles",
+        "isn't used, because architectureNesting isn't true", "set it to true, or remove the list");
 }
 
 void checkPermissions(EntryLint& entry) {
@@ -102,9 +104,9 @@ void checkPermissions(EntryLint& entry) {
     entry.lint.error("mode", fmt::format("{} isn't a mode: its decimal digits are read as octal ones", *app.mode),
                      "write 755 for rwxr-xr-x");
   if (app.setPermissions.value_or(true)) return;
-  for (const auto& [key, given] : {std::pair{"owner", !orEmpty(app.owner).empty()},
-                                   std::pair{"group", !orEmpty(app.group).empty()},
-                                   std::pair{"mode", app.mode.has_value()}}) {
+  for (const auto& [key, given] :
+       {std::pair{"owner", !orEmpty(app.owner).empty()}, std::pair{"group", !orEmpty(app.group).empty()},
+        std::pair{"mode", app.mode.has_value()}}) {
     if (given) entry.lint.warning(key, "isn't used, because setPermissions is false", "remove it");
   }
 }
@@ -121,9 +123,7 @@ void checkChoices(EntryLint& entry) {
 
 void checkSize(EntryLint& entry, const char* key, const std::optional<std::int64_t>& size) {
   constexpr std::int64_t largest = 100'000'000;  // 100 GB, in kilobytes
-  if (!size) return;
-  if (*size < 0) entry.lint.error(key, "is below 0", "give the size in kilobytes");
-  if (*size > largest)
+  if (size.value_or(0) > largest)
     entry.lint.warning(key, fmt::format("means {} GB, since sizes are in kilobytes", *size / 1'000'000),
                        "divide the bytes by 1000");
 }
@@ -139,10 +139,12 @@ void checkSystem(EntryLint& entry) {
       entry.lint.error(key, fmt::format("\"{}\" isn't a version of macOS", *version), "write it like \"13.0\"");
   }
   if (!lowest.empty() && !highest.empty() && compareVersions(lowest, highest) > 0)
-    return entry.lint.error("minimumOS", fmt::format("is above maximumOS (\"{}\"), so no Mac is ever suitable", highest),
+    return entry.lint.error("minimumOS",
+                            fmt::format("is above maximumOS (\"{}\"), so no Mac is ever suitable", highest),
                             "exchange the two, or remove one");
   if (!highest.empty() && isVersion(highest) && std::ranges::count(highest, '.') < 2)
-    entry.lint.warning("maximumOS", fmt::format("keeps macOS {}.0 out already, which orders above \"{}\"", highest, highest),
+    entry.lint.warning("maximumOS",
+                       fmt::format("keeps macOS {}.0 out already, which orders above \"{}\"", highest, highest),
                        fmt::format("give three numbers, such as \"{}.99\"",
                                    std::ranges::count(highest, '.') == 0 ? highest + ".99" : highest));
 }

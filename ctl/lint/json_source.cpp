@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <unordered_set>
 
@@ -16,7 +19,7 @@ constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
 class TokenCursor {
  public:
   explicit TokenCursor(std::string_view text) : text_(text) {
-    if (text.starts_with(byteOrderMark)) end_ = byteOrderMark.size();
+    if (text.starts_with(byteOrderMark)) end_ = counted_ = byteOrderMark.size();
   }
 
   /// Goes to the next token and behind it, and answers where it begins.
@@ -76,18 +79,16 @@ class TreeBuilder : public nlohmann::json_sax<Json> {
 
   bool null() override { return place({}); }
   bool boolean(bool value) override { return place({.kind = NodeKind::boolean, .boolean = value}); }
-  bool number_integer(number_integer_t value) override {
-    return place({.kind = NodeKind::integer, .integer = value});
-  }
+  bool number_integer(number_integer_t value) override { return place({.kind = NodeKind::integer, .integer = value}); }
   bool number_unsigned(number_unsigned_t value) override {
     const bool fits = value <= static_cast<number_unsigned_t>(std::numeric_limits<std::int64_t>::max());
-    return place({.kind = NodeKind::integer,
-                  .integer = fits ? std::optional(static_cast<std::int64_t>(value)) : std::nullopt});
+    return place(
+        {.kind = NodeKind::integer, .integer = fits ? std::optional(static_cast<std::int64_t>(value)) : std::nullopt});
   }
   bool number_float(number_float_t value, const string_t&) override {
     const bool whole = std::trunc(value) == value && std::abs(value) <= 9007199254740992.0;
-    return place({.kind = NodeKind::number,
-                  .integer = whole ? std::optional(static_cast<std::int64_t>(value)) : std::nullopt});
+    return place(
+        {.kind = NodeKind::number, .integer = whole ? std::optional(static_cast<std::int64_t>(value)) : std::nullopt});
   }
   bool string(string_t& value) override { return place({.kind = NodeKind::string, .text = std::move(value)}); }
   bool binary(binary_t&) override { return false; }

@@ -76,9 +76,9 @@ void checkRange(std::int64_t number, const KeyReference& key, RecordLint& lint) 
   if (number >= lowest && number <= highest) return;
   const bool open = highest == KeyRange{}.highest;
   const std::string bounds = open ? fmt::format("{} or more", lowest) : fmt::format("{} to {}", lowest, highest);
-  lint.error(key.path, fmt::format("{} isn't {}", number, bounds),
-             fmt::format("give {}{}{}. {}", bounds, key.note.unit.empty() ? "" : " ", key.note.unit,
-                         withStop(key.note.help)));
+  lint.error(
+      key.path, fmt::format("{} isn't {}", number, bounds),
+      fmt::format("give {}{}{}. {}", bounds, key.note.unit.empty() ? "" : " ", key.note.unit, withStop(key.note.help)));
   lint.settle(key.path);
 }
 
@@ -137,9 +137,9 @@ void KeyCheck::checkUnknown(const LocatedMember& member, const std::string& sect
 
 bool KeyCheck::hasRightType(const LocatedValue& value, const KeyReference& key, RecordLint& lint) const {
   const auto refuse = [&](const std::string& path, const LocatedValue& wrong, std::string_view right) {
-    lint.error(path, fmt::format("is {}, and has to be {}: {}", found(wrong), right, ifUnreadable_),
-               key.type == KeyType::text && wrong.kind != NodeKind::array ? "write it as a text"
-                                                                          : fmt::format("give {}", right));
+    lint.errorAt(wrong.at, path, fmt::format("is {}, and has to be {}: {}", found(wrong), right, ifUnreadable_),
+                 key.type == KeyType::text && wrong.kind != NodeKind::array ? "write it as a text"
+                                                                            : fmt::format("give {}", right));
   };
   if (!fits(value, key.type)) {
     refuse(key.path, value, wanted(key.type));

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 namespace vorlu::ctl {
 namespace {
@@ -27,7 +28,8 @@ const LocatedValue* child(const LocatedValue& value, std::string_view step) {
 }  // namespace
 
 const LocatedValue* LocatedValue::find(std::string_view key) const {
-  const auto found = std::find_if(members.rbegin(), members.rend(), [&](const auto& member) { return member.key == key; });
+  const auto found =
+      std::find_if(members.rbegin(), members.rend(), [&](const auto& member) { return member.key == key; });
   return found == members.rend() ? nullptr : &found->value;
 }
 

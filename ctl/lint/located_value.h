@@ -23,12 +23,12 @@ struct LocatedMember;
 /// One value of a JSON document or property list, with its place in the file.
 struct LocatedValue {
   NodeKind kind = NodeKind::null;
-  Position at;
+  Position at{};
   bool boolean = false;
-  std::optional<std::int64_t> integer;  ///< a number without a fraction
-  std::string text;                     ///< a string's
-  std::vector<LocatedValue> elements;
-  std::vector<LocatedMember> members;  ///< in the order of the file; a key may come twice
+  std::optional<std::int64_t> integer{};  ///< a number without a fraction
+  std::string text{};                     ///< a string's
+  std::vector<LocatedValue> elements{};
+  std::vector<LocatedMember> members{};  ///< in the order of the file; a key may come twice
 
   /// The value that counts for a key, which is its last one; null when there is none.
   LocatedValue* find(std::string_view key);

@@ -41,8 +41,7 @@ void checkRunning(EntryLint& entry) {
 std::vector<std::string_view> wordsOf(std::string_view text) {
   std::vector<std::string_view> words;
   for (std::size_t start = text.find('%'); start != std::string_view::npos; start = text.find('%', start + 1)) {
-    const std::size_t end = text.find_first_not_of(
-        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ", start + 1);
+    const std::size_t end = text.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ", start + 1);
     if (end != std::string_view::npos && text[end] == '%' && end > start + 1)
       words.push_back(text.substr(start + 1, end - start - 1));
   }
@@ -79,7 +78,8 @@ void checkLocation(EntryLint& entry) {
   const AppBlueprints& app = entry.app;
   const bool hasAlternates = app.alternatePaths && !app.alternatePaths->empty();
   if (orEmpty(app.appPath).empty() && !hasAlternates && orEmpty(app.appPrefixName).empty())
-    entry.lint.error("appPath", "is missing, as are alternatePaths and appPrefixName, so the application is never found",
+    entry.lint.error("appPath",
+                     "is missing, as are alternatePaths and appPrefixName, so the application is never found",
                      "say where the application is installed");
   checkAbsolute(entry, "appPath", orEmpty(app.appPath));
   checkAbsolute(entry, "prefixSearchPath", orEmpty(app.prefixSearchPath));

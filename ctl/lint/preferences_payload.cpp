@@ -18,6 +18,11 @@ bool isDomain(std::string_view text) {
   return text == domain || text == formerDomain;
 }
 
+/// Meant for the agent, but by a name that it doesn't know.
+bool isNearDomain(std::string_view text) {
+  return text.starts_with("com.mosk.") || nearestWord(text, {domain, formerDomain});
+}
+
 std::string_view textOf(const LocatedValue& dictionary, std::string_view key) {
   const LocatedValue* value = dictionary.find(key);
   return value != nullptr && value->kind == NodeKind::string ? std::string_view(value->text) : "";
@@ -34,12 +39,11 @@ void checkEnvelope(const LocatedValue& payload, const std::string& path, Finding
 
 /// A payload of the domain, whose own keys aren't settings.
 LocatedValue withoutPayloadKeys(LocatedValue payload) {
-  constexpr std::array own = {"PayloadType",        "PayloadIdentifier",  "PayloadUUID",         "PayloadVersion",
-                              "PayloadDisplayName", "PayloadDescription", "PayloadOrganization", "PayloadEnabled",
-                              "PayloadRemovalDisallowed", "PayloadScope"};
-  std::erase_if(payload.members, [&](const LocatedMember& member) {
-    return std::ranges::find(own, member.key) != own.end();
-  });
+  constexpr std::array own = {
+      "PayloadType",        "PayloadIdentifier",   "PayloadUUID",    "PayloadVersion",           "PayloadDisplayName",
+      "PayloadDescription", "PayloadOrganization", "PayloadEnabled", "PayloadRemovalDisallowed", "PayloadScope"};
+  std::erase_if(payload.members,
+                [&](const LocatedMember& member) { return std::ranges::find(own, member.key) != own.end(); });
   return payload;
 }
 
@@ -71,7 +75,7 @@ class ProfileReader {
       checkEnvelope(payload, path, findings_);
       if (const LocatedValue* content = payload.find("PayloadContent"))
         readCustomSettings(*content, memberPath(path, "PayloadContent"));
-    } else if (nearestWord(type, {domain, formerDomain})) {
+    } else if (isNearDomain(type)) {
       tellNearMiss(*payload.find("PayloadType"), memberPath(path, "PayloadType"), type);
     }
   }
@@ -81,7 +85,7 @@ class ProfileReader {
       const std::string memberAt = memberPath(path, member.key);
       if (isDomain(member.key))
         readManagement(member.value, memberAt);
-      else if (nearestWord(member.key, {domain, formerDomain}))
+      else if (isNearDomain(member.key))
         tellNearMiss(member.value, memberAt, member.key);
     }
   }
@@ -90,8 +94,8 @@ class ProfileReader {
   void readManagement(const LocatedValue& management, const std::string& path) {
     for (const LocatedMember& member : management.members) {
       if (member.key != "Forced") {
-        findings_.error(member.at, memberPath(path, member.key), "isn't forced, so the agent doesn't see these settings",
-                        "put them under Forced");
+        findings_.error(member.at, memberPath(path, member.key),
+                        "isn't forced, so the agent doesn't see these settings", "put them under Forced");
         nearMiss_ = true;
         continue;
       }

@@ -25,8 +25,9 @@ LocatedValue copyOf(Node& node) {
       node.forEachElement([&](Node& element) { value.elements.push_back(copyOf(element)); });
       break;
     case NodeKind::dictionary:
-      node.forEachMember(
-          [&](std::string_view key, Node& member) { value.members.push_back({std::string(key), {}, copyOf(member)}); });
+      node.forEachMember([&](std::string_view key, Node& member) {
+        value.members.push_back({std::string(key), {}, copyOf(member)});
+      });
       break;
     default:
       break;
@@ -37,7 +38,8 @@ LocatedValue copyOf(Node& node) {
 std::optional<LocatedValue> readBinary(std::string_view bytes, Findings& findings) {
   LocatedValue root;
   if (const Status read = readPropertyList(bytes, [&](Node& node) { root = copyOf(node); }); read) return root;
-  findings.error({}, "", "this binary property list is damaged", "write it anew, with \"plutil -convert xml1\" for example");
+  findings.error({}, "", "this binary property list is damaged",
+                 "write it anew, with \"plutil -convert xml1\" for example");
   return std::nullopt;
 }
 
@@ -46,8 +48,9 @@ void tellWhatItIs(std::string_view bytes, Findings& findings) {
   constexpr Position start{1, 1};
   // A signed profile is a DER sequence.
   if (bytes.size() > 2 && bytes[0] == '\x30' && (static_cast<unsigned char>(bytes[1]) & 0x80U) != 0)
-    return findings.error({}, "", "this profile is signed, so its content can't be read as it is",
-                          "take the signature off first: openssl smime -verify -noverify -inform der -in FILE -out PLAIN");
+    return findings.error(
+        {}, "", "this profile is signed, so its content can't be read as it is",
+        "take the signature off first: openssl smime -verify -noverify -inform der -in FILE -out PLAIN");
   if (bytes.find_first_not_of(" \t\r\n") == std::string_view::npos)
     return findings.error(start, "", "the file is empty", "is this the right file?");
   findings.error(start, "", "this is neither an XML nor a binary property list",

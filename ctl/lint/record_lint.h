@@ -18,7 +18,7 @@ class RecordLint {
 
   void error(std::string_view key, std::string problem, std::string advice);
   void warning(std::string_view key, std::string problem, std::string advice);
-  /// About a key at a place of its own, such as one that isn't known.
+  /// About a key at a place of its own: one that isn't known, or that comes twice.
   void errorAt(Position at, std::string_view key, std::string problem, std::string advice);
   /// Whether the file gives this key.
   bool has(std::string_view key) const;

@@ -8,11 +8,16 @@
 #include "vorlu/policy/frequency_calculation.h"
 #include "vorlu/policy/run_limits.h"
 #include "vorlu/policy/weekday.h"
+#include "vorlu/state/replacement.h"
 
 namespace vorlu::ctl {
 namespace {
 
 constexpr std::int64_t minutesPerDay = 24 * 60;
+
+std::string digitsOf(const std::string& time) {
+  return replacedAll(time, ":", "");
+}
 
 std::string inFrequency(std::string_view key) {
   return fmt::format("ScheduledUpdates.runFrequency.{}", key);
@@ -26,18 +31,19 @@ void checkUnused(RecordLint& lint, std::initializer_list<std::string_view> keys,
 }
 
 /// The minutes between two prompts, which only recurring prompts know.
-void checkWindow(RecordLint& lint, std::string_view key, std::int64_t minutes, std::string_view modeKey, PromptMode mode,
-                 std::int64_t longest) {
+void checkWindow(RecordLint& lint, std::string_view key, std::int64_t minutes, std::string_view modeKey,
+                 PromptMode mode, std::int64_t longest) {
   if (!lint.has(inFrequency(key))) return;
   if (mode == PromptMode::single)
     return lint.warning(inFrequency(key), fmt::format("isn't used, because {} is \"singlePromptMode\"", modeKey),
                         "remove it, or let prompts recur");
   if (minutes > longest)
-    lint.warning(inFrequency(key),
-                 fmt::format("of {} minutes is longer than {} minutes, so a deferred update isn't asked for again before "
-                             "the next time is due anyway",
-                             minutes, longest),
-                 "give fewer minutes");
+    lint.warning(
+        inFrequency(key),
+        fmt::format("of {} minutes is longer than {} minutes, so a deferred update isn't asked for again before "
+                    "the next time is due anyway",
+                    minutes, longest),
+        "give fewer minutes");
 }
 
 void checkScheme(RecordLint& lint, const RunPrefs& prefs) {
@@ -69,7 +75,8 @@ void checkDeferrals(RecordLint& lint, const DeferralPrefs& prefs) {
     return lint.warning(limit, fmt::format("isn't used, because deferralOption is \"{}\"", prefs.deferralOption),
                         "remove it, or say \"specifyDeferralLimit\"");
   if (prefs.specifyLimit == 0)
-    lint.warning(limit, "is 0, so every update begins with the grace period", "say \"disableDeferrals\" if that is meant");
+    lint.warning(limit, "is 0, so every update begins with the grace period",
+                 "say \"disableDeferrals\" if that is meant");
 }
 
 /// The days and times of one section.
@@ -108,9 +115,10 @@ class LimitsReview {
   }
 
   void reviewTimes(const std::string& day, const std::string& start, const std::string& end, const DayLimits& limits) {
-    const DayLimits midnight{true, "0000", {}};
-    const auto isTime = [&](const std::string& time) {
-      return runTimeVerdict({true, time, "2359"}, 0) != RunTime::invalid && !time.empty();
+    // 23:59 is a time itself, and the same as another one is no fault of it.
+    const auto isTime = [](const std::string& time) {
+      const RunTime verdict = runTimeVerdict({true, time, "23:59"}, 0);
+      return verdict != RunTime::invalid && verdict != RunTime::notLimited;
     };
     for (const auto& [key, time] : {std::pair{&start, &limits.startTime}, std::pair{&end, &limits.endTime}}) {
       if (isTime(time->value_or(""))) continue;
@@ -119,18 +127,20 @@ class LimitsReview {
       lint_.settle(start);
       lint_.settle(end);
     }
-    // A clock shows no 24:00, and a window that reaches over midnight is the only one that is open then.
-    constexpr int midnightHour = 0;
-    const RunTime verdict = runTimeVerdict(limits, midnightHour);
-    if (verdict == RunTime::sameTimes)
-      lint_.error(end, "is the same as the start, so there is no limit on this day", "give another end, or remove both");
+    if (lint_.isSettled(start)) return;
+    if (runTimeVerdict(limits, 0) == RunTime::sameTimes)
+      return lint_.error(end, "is the same as the start, so there is no limit on this day",
+                         "give another end, or remove both");
+    const bool overMidnight =
+        digitsOf(*limits.startTime) > digitsOf(*limits.endTime) && runTimeVerdict(limits, 0) == RunTime::inside;
     const std::string next = weekdayName(weekdayNumberAfter(day));
-    if (verdict == RunTime::inside && *limits.startTime > *limits.endTime)
-      lint_.warning(end,
-                    fmt::format("lies before the start: on {0} updates run from 00:00 to {1} and from {2} to 24:00, and "
-                                "the early hours of {3} are {3}'s own",
-                                day, *limits.endTime, *limits.startTime, next),
-                    fmt::format("if the night from {} to {} is meant, give {} times as well", day, next, next));
+    if (overMidnight)
+      lint_.warning(
+          end,
+          fmt::format("lies before the start: on {0} updates run until {1} and again from {2}, and what comes "
+                      "after midnight is decided by the times of {3}",
+                      day, *limits.endTime, *limits.startTime, next),
+          fmt::format("if the night from {0} to {1} is meant, give {1} times as well", day, next));
   }
 
   static int weekdayNumberAfter(const std::string& day) {

@@ -33,12 +33,13 @@ std::vector<Line> linesOf(std::string_view script) {
 
 std::string quoted(const Line& line) {
   constexpr std::size_t shown = 60;
-  return fmt::format("line {} (\"{}{}\")", line.number, line.text.substr(0, shown), line.text.size() > shown ? "…" : "");
+  return fmt::format("line {} (\"{}{}\")", line.number, line.text.substr(0, shown),
+                     line.text.size() > shown ? "…" : "");
 }
 
 bool isWordPart(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-' || c == '.' ||
-         c == '/';
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-' ||
+         c == '.' || c == '/';
 }
 
 /// What a shell sees at the end of a line: whether a quote is open, and where a comment or a here-document began.
@@ -153,6 +154,11 @@ class ScriptReview {
     const ShellScan seen = scan(line.text, quoteBefore);
     openQuote_ = seen.openQuote;
     if (last) return;
+    if (line.text.starts_with("#!"))
+      return error(
+          fmt::format("{} isn't an interpreter that scripts are run by, and all that follows becomes a comment",
+                      quoted(line)),
+          "write the script for #!/bin/zsh, #!/bin/bash or #!/bin/sh");
     if (seen.comment)
       return error(fmt::format("{} has a comment, and with it all that follows becomes one: {}", quoted(line), joining),
                    "remove the comment");
@@ -172,9 +178,9 @@ class ScriptReview {
   void reviewEnd(const Line& line) {
     const std::string& text = line.text;
     if (endsWithBackslash(text))
-      return error(fmt::format("{} goes on in the next line, but a semicolon follows its backslash: {}", quoted(line),
-                               joining),
-                   "write the command on one line");
+      return error(
+          fmt::format("{} goes on in the next line, but a semicolon follows its backslash: {}", quoted(line), joining),
+          "write the command on one line");
     if (text.ends_with('|') || text.ends_with("&&"))
       return error(fmt::format("{} ends with an operator, and a semicolon follows it: {}", quoted(line), joining),
                    "write the command on one line");
@@ -183,7 +189,8 @@ class ScriptReview {
       return error(fmt::format("{} ends with a semicolon, and a second one follows it: {}", quoted(line), joining),
                    "remove the semicolon at the end of the line");
     if (const auto word = mistakenKeyword(text + ";"))
-      error(fmt::format("{} has a word that ends in \"{}\", and the semicolon behind it is taken away", quoted(line), *word),
+      error(fmt::format("{} has a word that ends in \"{}\", and the semicolon behind it is taken away", quoted(line),
+                        *word),
             "put the word in quotes, or something else behind it");
   }
 
@@ -207,13 +214,14 @@ std::vector<ScriptFault> scriptFaults(std::string_view script, ScriptUse use, co
   const auto said = syntax(joined);
   if (!said) return faults;
   const bool brokenByJoining = !syntax({joined.interpreter, std::string(script)});
-  faults.push_back({Severity::error,
-                    brokenByJoining ? fmt::format("{} can't read this script once its lines are joined: {}",
-                                                  joined.interpreter, *said)
-                                    : fmt::format("{} can't read this script: {}", joined.interpreter, *said),
-                    brokenByJoining ? "write functions, case branches and groups so that semicolons may stand at the ends "
-                                      "of their lines"
-                                    : "mend the script"});
+  faults.push_back(
+      {Severity::error,
+       brokenByJoining
+           ? fmt::format("{} can't read this script once its lines are joined: {}", joined.interpreter, *said)
+           : fmt::format("{} can't read this script: {}", joined.interpreter, *said),
+       brokenByJoining ? "write functions, case branches and groups so that semicolons may stand at the ends "
+                         "of their lines"
+                       : "mend the script"});
   return faults;
 }
 

@@ -40,11 +40,12 @@ void checkCacheNames(std::vector<EntryLint>& entries) {
     if (name.empty()) continue;
     const auto [seen, isNew] = stems.try_emplace(cacheFileStem(name, ""), index);
     if (!isNew)
-      entries[index].lint.error("appName",
-                                fmt::format("\"{}\" and the appName of [{}] share their cached installers, whose names have "
-                                            "no blanks",
-                                            name, seen->second),
-                                "choose another name");
+      entries[index].lint.error(
+          "appName",
+          fmt::format("\"{}\" and the appName of [{}] share their cached installers, whose names have "
+                      "no blanks",
+                      name, seen->second),
+          "choose another name");
   }
   for (EntryLint& entry : entries) {
     const std::string& name = orEmpty(entry.app.appName);
@@ -53,11 +54,12 @@ void checkCacheNames(std::vector<EntryLint>& entries) {
     for (std::size_t start = 1; start + 3 < stem.size(); ++start) {
       const auto shorter = stems.find(stem.substr(start));
       if (shorter == stems.end()) continue;
-      entry.lint.warning("appName",
-                         fmt::format("\"{}\" ends with the appName of [{}]: each time that one is up to date, the cached "
-                                     "installer of this one is deleted with its own",
-                                     name, shorter->second),
-                         "choose a name that doesn't end so, if that can be");
+      entry.lint.warning(
+          "appName",
+          fmt::format("\"{}\" ends with the appName of [{}]: each time that one is up to date, the cached "
+                      "installer of this one is deleted with its own",
+                      name, shorter->second),
+          "choose a name that doesn't end so, if that can be");
     }
   }
 }

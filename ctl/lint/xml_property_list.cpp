@@ -3,10 +3,14 @@
 #include <expat.h>
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <memory>
 #include <set>
+#include <utility>
 
 namespace vorlu::ctl {
 namespace {
@@ -59,7 +63,8 @@ class PlistBuilder {
   PlistBuilder(XML_Parser parser, Findings& findings) : parser_(parser), findings_(findings) {
     XML_SetUserData(parser, this);
     XML_SetElementHandler(
-        parser, [](void* self, const XML_Char* name, const XML_Char**) { static_cast<PlistBuilder*>(self)->start(name); },
+        parser,
+        [](void* self, const XML_Char* name, const XML_Char**) { static_cast<PlistBuilder*>(self)->start(name); },
         [](void* self, const XML_Char* name) { static_cast<PlistBuilder*>(self)->end(name); });
     XML_SetCharacterDataHandler(parser, [](void* self, const XML_Char* text, int length) {
       static_cast<PlistBuilder*>(self)->text_.append(text, static_cast<std::size_t>(length));
@@ -95,9 +100,7 @@ class PlistBuilder {
     findings_.error(here(), path(), std::move(problem), std::move(advice));
     XML_StopParser(parser_, XML_FALSE);
   }
-  void malformed(std::string problem) {
-    fault(std::move(problem), "what follows wasn't looked at");
-  }
+  void malformed(std::string problem) { fault(std::move(problem), "what follows wasn't looked at"); }
 
   void start(std::string_view name) {
     if (stopped_) return;
