@@ -63,7 +63,8 @@ class TokenCursor {
 /// The parser's own words without its prefix and what it repeats of the text.
 std::string reasonOf(const Json::exception& error) {
   std::string reason = error.what();
-  if (const std::size_t at = reason.find(": "); at != std::string::npos) reason.erase(0, at + 2);
+  if (const std::size_t at = reason.find("] "); at != std::string::npos) reason.erase(0, at + 2);
+  if (reason.starts_with("parse error at line")) reason.erase(0, std::min(reason.find(": "), reason.size() - 2) + 2);
   constexpr std::string_view lastRead = "last read: '";
   if (const std::size_t at = reason.find(lastRead); at != std::string::npos) {
     const std::size_t end = reason.rfind('\'');

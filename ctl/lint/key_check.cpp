@@ -41,6 +41,14 @@ std::string_view found(const LocatedValue& value) {
   }
 }
 
+std::string adviceFor(const LocatedValue& wrong, std::string_view right) {
+  const bool isScalar = wrong.kind != NodeKind::array && wrong.kind != NodeKind::dictionary;
+  if (right == wanted(KeyType::text) && isScalar) return "write it as a text";
+  const bool isQuoted =
+      wrong.kind == NodeKind::string && right != wanted(KeyType::textList) && right != wanted(KeyType::section);
+  return isQuoted ? "write the value itself, not a text that says it" : fmt::format("give {}", right);
+}
+
 bool fits(const LocatedValue& value, KeyType type) {
   switch (type) {
     case KeyType::text:
@@ -138,8 +146,7 @@ void KeyCheck::checkUnknown(const LocatedMember& member, const std::string& sect
 bool KeyCheck::hasRightType(const LocatedValue& value, const KeyReference& key, RecordLint& lint) const {
   const auto refuse = [&](const std::string& path, const LocatedValue& wrong, std::string_view right) {
     lint.errorAt(wrong.at, path, fmt::format("is {}, and has to be {}: {}", found(wrong), right, ifUnreadable_),
-                 key.type == KeyType::text && wrong.kind != NodeKind::array ? "write it as a text"
-                                                                            : fmt::format("give {}", right));
+                 adviceFor(wrong, right));
   };
   if (!fits(value, key.type)) {
     refuse(key.path, value, wanted(key.type));

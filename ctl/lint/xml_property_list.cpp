@@ -94,10 +94,11 @@ class PlistBuilder {
             static_cast<std::size_t>(XML_GetCurrentColumnNumber(parser_)) + 1};
   }
 
-  void fault(std::string problem, std::string advice) {
+  void fault(std::string problem, std::string advice) { faultAt(path(), std::move(problem), std::move(advice)); }
+  void faultAt(std::string path, std::string problem, std::string advice) {
     if (stopped_) return;
     stopped_ = true;
-    findings_.error(here(), path(), std::move(problem), std::move(advice));
+    findings_.error(here(), std::move(path), std::move(problem), std::move(advice));
     XML_StopParser(parser_, XML_FALSE);
   }
   void malformed(std::string problem) { fault(std::move(problem), "what follows wasn't looked at"); }
@@ -129,8 +130,8 @@ class PlistBuilder {
     LocatedValue* const added = add(std::move(value));
     if (added == nullptr) return;
     if (open_.size() == depthLimit)
-      return fault(fmt::format("is nested more than {} levels deep", depthLimit),
-                   "no profile needs that; is this the right file?");
+      return faultAt("", fmt::format("is nested more than {} levels deep", depthLimit),
+                     "no profile needs that; is this the right file?");
     open_.push_back({added, {}, std::nullopt});
   }
 

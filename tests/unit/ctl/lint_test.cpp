@@ -195,7 +195,7 @@ TEST(PreferencesLint, TellsWhereAFileIsNoPropertyList) {
       {"bplist00", "0:0 error : this binary property list is damaged"},
       {"<html></html>", "1:1 error : <html> can't stand here"},
       {"<plist><dict>\n<key>a</key></dict></plist>", "2:13 error : the key \"a\" has no value"},
-      {list("<dict><key>a</string></dict>"), "2:13 error : this isn't well-formed XML: mismatched tag"},
+      {list("<dict><key>a</string></dict>"), "2:15 error : this isn't well-formed XML: mismatched tag"},
       {list("<dict><true/></dict>"), "2:7 error : a value without a <key> can't stand in a <dict>"},
       {list("<dict><key>a</key><integer>x</integer></dict>"), "2:29 error : <integer> holds \"x\", which is no number"},
       {list("<dict><key>a</key>true</dict>"), "2:23 error : the text \"true\" can't stand between elements"},
@@ -235,7 +235,7 @@ TEST(LintCommand, WritesTextAndJsonAndTellsBySeverity) {
       errors.text,
       binary +
           ": error: GeneralOptions.hourlyCheck: is a text, and has to be true or false: the agent ignores the whole "
-          "profile with this — give true or false\n" +
+          "profile with this — write the value itself, not a text that says it\n" +
           binary +
           ": error: ScheduledUpdates.customIcon: \"a\\x0ab\" isn't the path of a file, so it isn't shown "
           "— give an absolute path\n" +
@@ -256,7 +256,7 @@ TEST(LintCommand, WritesTextAndJsonAndTellsBySeverity) {
             Json::array({{{"severity", "warning"},
                           {"file", warned},
                           {"line", 4},
-                          {"column", 56},
+                          {"column", 55},
                           {"path", "[0].prefixSearchPath"},
                           {"problem", "isn't searched, because appPrefixName is missing"},
                           {"advice", "give the part of the name that is looked for, or remove it"}}}));
