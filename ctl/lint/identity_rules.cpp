@@ -84,8 +84,6 @@ void checkIdentity(EntryLint& entry) {
   if (isEmpty(app.appIdentifier))
     entry.lint.error("appIdentifier", "is missing, so the entry takes no part in update checks",
                      "give an identifier that no other entry has");
-  if (isEmpty(app.serverName))
-    entry.lint.warning("serverName", "is missing: failed updates are listed by it", "give the catalog's short name");
   checkIcon(entry);
 }
 

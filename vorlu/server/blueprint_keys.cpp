@@ -6,6 +6,7 @@ namespace vorlu {
 namespace {
 
 constexpr std::string_view sha256 = "^([0-9a-f]{64})?$";
+constexpr std::string_view webAddress = "^(https?://.+)?$";
 
 /// Nothing for an empty text: it is what every absent text counts as.
 std::optional<std::string> shownDefault(std::string_view ifAbsent) {

@@ -14,13 +14,17 @@
 ///
 ///     struct DeferralPrefs {
 ///       std::int64_t specifyLimit = 2;
+///       template <class P = DeferralPrefs>
 ///       static constexpr auto keys() {
-///         return std::tuple{field<&DeferralPrefs::specifyLimit>("specifyLimit", {.help = "How often …", .range =
-///         {{0}}})};
+///         return std::tuple{field<&P::specifyLimit>("specifyLimit", {.help = "How often …", .range = KeyRange{0}})};
 ///       }
-///       static constexpr auto fields() { return withoutNotes(keys()); }
+///       template <class P = DeferralPrefs>
+///       static constexpr auto fields() {
+///         return withoutNotes(P::keys());
+///       }
 ///     };
 ///
+/// They are templates so that only those files which code or list the keys pay for them.
 /// Coding uses `fields()` and doesn't see the notes; documents and checks are made from `keys()`.
 namespace vorlu {
 
@@ -57,7 +61,8 @@ struct KeyNote {
   std::string_view pattern{};   ///< regular expression for the whole text, which may be empty
   std::string_view ifAbsent{};  ///< value that is used without the key, where the member itself has no default
   std::string_view example{};
-  bool unused = false;  ///< carried, but the agent does nothing with it
+  std::string_view needs{};  ///< key of the same record without which this one doesn't count
+  bool unused = false;       ///< carried, but the agent does nothing with it
 };
 
 /// A key of a record, its member known to the compiler.

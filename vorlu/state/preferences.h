@@ -28,8 +28,8 @@ struct GeneralOptionPrefs {
   std::optional<TextList> excludedAppInstalls;
   std::optional<TextList> allowedAppUpdates;
   std::optional<TextList> excludedAppUpdates;
+  template <class P = GeneralOptionPrefs>
   static constexpr auto keys() {
-    using P = GeneralOptionPrefs;
     return std::tuple{
         field<&P::publicKey>(
             "publicKey",
@@ -53,25 +53,34 @@ struct GeneralOptionPrefs {
             "excludedAppUpdates",
             {.help = "Apps that are never updated, by appIdentifier; exclusion beats allowance."})};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = GeneralOptionPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 struct DeferralPrefs {
   std::string deferralOption = "specifyDeferralLimit";
   std::int64_t specifyLimit = 2;
+  template <class P = DeferralPrefs>
   static constexpr auto keys() {
     return std::tuple{
-        field<&DeferralPrefs::deferralOption>(
+        field<&P::deferralOption>(
             "deferralOption", {.help = "Whether the user may defer a limited number of times, without limit or not at "
                                        "all; another text updates without asking.",
                                .choices = {"specifyDeferralLimit", "disableDeferralLimit", "disableDeferrals"}}),
-        field<&DeferralPrefs::specifyLimit>(
+        field<&P::specifyLimit>(
             "specifyLimit",
             {.help = "How often the user may defer with specifyDeferralLimit; with none left the grace period starts.",
              .range = KeyRange{0}})};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = DeferralPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
+
+inline constexpr Choices promptModes = {"singlePromptMode", "recurringPromptMode"};
 
 struct RunPrefs {
   std::string runType = "specifyfrequency";
@@ -82,8 +91,8 @@ struct RunPrefs {
   std::int64_t deferralWindow = 60;  ///< minutes
   std::string patchDayFrequency = "singlePromptMode";
   std::int64_t patchDayDeferralWindow = 60;  ///< minutes
+  template <class P = RunPrefs>
   static constexpr auto keys() {
-    using P = RunPrefs;
     return std::tuple{
         field<&P::runType>("runType", {.help = "When users are asked: after an interval since the last update "
                                                "activity, or on one day of the week. Another text: at every run.",
@@ -92,7 +101,7 @@ struct RunPrefs {
         field<&P::patchDay>("patchDay", {.help = "Patch day for specifyPatchDay: 1 is Sunday, 7 is Saturday.",
                                          .range = KeyRange{1, 7}}),
         field<&P::missedUpdatePrompt>("missedUpdatePrompt",
-                                      {.help = "Asks on a later day when nothing happened on the patch day."}),
+                                      {.help = "Asks on a later day when a patch day passed without an update."}),
         field<&P::frequencyOption>("frequencyOption",
                                    {.help = "Interval for specifyFrequency. Another text: no interval.",
                                     .choices = {"oneDay", "oneWeek", "twoWeeks", "threeWeeks", "fourWeeks"},
@@ -101,20 +110,26 @@ struct RunPrefs {
             "frequencyElapsedMode",
             {.help =
                  "Asks once an interval, or again after each deferral. Any text but singlePromptMode means recurring.",
-             .choices = {"singlePromptMode", "recurringPromptMode"}}),
-        field<&P::deferralWindow>("deferralWindow",
-                                  {.help = "Time after a deferral before recurringPromptMode asks again.",
-                                   .range = KeyRange{0},
-                                   .unit = "minutes"}),
+             .choices = promptModes}),
+        field<&P::deferralWindow>(
+            "deferralWindow",
+            {.help = "Time after a deferral before recurringPromptMode asks again, with specifyFrequency.",
+             .range = KeyRange{0},
+             .unit = "minutes"}),
         field<&P::patchDayFrequency>("patchDayFrequency",
                                      {.help = "Asks once on a patch day, or again after each deferral. Any text but "
                                               "singlePromptMode means recurring.",
-                                      .choices = {"singlePromptMode", "recurringPromptMode"}}),
+                                      .choices = promptModes}),
         field<&P::patchDayDeferralWindow>(
             "patchDayDeferralWindow",
-            {.help = "The same time on a patch day.", .range = KeyRange{0}, .unit = "minutes"})};
+            {.help = "Time after a deferral before recurringPromptMode asks again, with specifyPatchDay.",
+             .range = KeyRange{0},
+             .unit = "minutes"})};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = RunPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 /// One day of the run limitations. The times as the profile gives them, such as "09:00".
@@ -128,17 +143,22 @@ struct DayLimits {
 namespace limitNotes {
 inline constexpr std::string_view clock = "^(([01][0-9]|2[0-3]):?[0-5][0-9])?$";
 inline constexpr KeyNote day{.help = "Whether updates may run on this day."};
-inline constexpr KeyNote opens{
-    .help = "Time from which updates may run on this day; counts together with its end time.",
-    .unit = "24-hour clock",
-    .pattern = clock,
-    .example = "09:00"};
-inline constexpr KeyNote closes{.help =
-                                    "Time up to which updates may run on this day. One before the start time means "
-                                    "midnight; the hours after it are the next day's.",
-                                .unit = "24-hour clock",
-                                .pattern = clock,
-                                .example = "17:00"};
+constexpr KeyNote opens(std::string_view end) {
+  return {.help = "Time from which updates may run on this day.",
+          .unit = "24-hour clock",
+          .pattern = clock,
+          .example = "09:00",
+          .needs = end};
+}
+constexpr KeyNote closes(std::string_view start) {
+  return {
+      .help =
+          "Time up to which updates may run on this day; one before the start time shuts the hours between the two.",
+      .unit = "24-hour clock",
+      .pattern = clock,
+      .example = "17:00",
+      .needs = start};
+}
 }  // namespace limitNotes
 
 /// The limitations of a week. The keys of a day are its name, "{day}StartTime" and "{day}EndTime".
@@ -151,50 +171,97 @@ struct RunLimits {
   /// By the calendar's number: 1 Sunday to 7 Saturday.
   DayLimits day(int weekday) const;
 
+  template <class P = RunLimits>
   static constexpr auto keys() {
-    using L = RunLimits;
-    return std::tuple{field<&L::monday>("monday", limitNotes::day),
-                      field<&L::mondayStartTime>("mondayStartTime", limitNotes::opens),
-                      field<&L::mondayEndTime>("mondayEndTime", limitNotes::closes),
-                      field<&L::tuesday>("tuesday", limitNotes::day),
-                      field<&L::tuesdayStartTime>("tuesdayStartTime", limitNotes::opens),
-                      field<&L::tuesdayEndTime>("tuesdayEndTime", limitNotes::closes),
-                      field<&L::wednesday>("wednesday", limitNotes::day),
-                      field<&L::wednesdayStartTime>("wednesdayStartTime", limitNotes::opens),
-                      field<&L::wednesdayEndTime>("wednesdayEndTime", limitNotes::closes),
-                      field<&L::thursday>("thursday", limitNotes::day),
-                      field<&L::thursdayStartTime>("thursdayStartTime", limitNotes::opens),
-                      field<&L::thursdayEndTime>("thursdayEndTime", limitNotes::closes),
-                      field<&L::friday>("friday", limitNotes::day),
-                      field<&L::fridayStartTime>("fridayStartTime", limitNotes::opens),
-                      field<&L::fridayEndTime>("fridayEndTime", limitNotes::closes),
-                      field<&L::saturday>("saturday", limitNotes::day),
-                      field<&L::saturdayStartTime>("saturdayStartTime", limitNotes::opens),
-                      field<&L::saturdayEndTime>("saturdayEndTime", limitNotes::closes),
-                      field<&L::sunday>("sunday", limitNotes::day),
-                      field<&L::sundayStartTime>("sundayStartTime", limitNotes::opens),
-                      field<&L::sundayEndTime>("sundayEndTime", limitNotes::closes)};
+    return std::tuple{field<&P::monday>("monday", limitNotes::day),
+                      field<&P::mondayStartTime>("mondayStartTime", limitNotes::opens("mondayEndTime")),
+                      field<&P::mondayEndTime>("mondayEndTime", limitNotes::closes("mondayStartTime")),
+                      field<&P::tuesday>("tuesday", limitNotes::day),
+                      field<&P::tuesdayStartTime>("tuesdayStartTime", limitNotes::opens("tuesdayEndTime")),
+                      field<&P::tuesdayEndTime>("tuesdayEndTime", limitNotes::closes("tuesdayStartTime")),
+                      field<&P::wednesday>("wednesday", limitNotes::day),
+                      field<&P::wednesdayStartTime>("wednesdayStartTime", limitNotes::opens("wednesdayEndTime")),
+                      field<&P::wednesdayEndTime>("wednesdayEndTime", limitNotes::closes("wednesdayStartTime")),
+                      field<&P::thursday>("thursday", limitNotes::day),
+                      field<&P::thursdayStartTime>("thursdayStartTime", limitNotes::opens("thursdayEndTime")),
+                      field<&P::thursdayEndTime>("thursdayEndTime", limitNotes::closes("thursdayStartTime")),
+                      field<&P::friday>("friday", limitNotes::day),
+                      field<&P::fridayStartTime>("fridayStartTime", limitNotes::opens("fridayEndTime")),
+                      field<&P::fridayEndTime>("fridayEndTime", limitNotes::closes("fridayStartTime")),
+                      field<&P::saturday>("saturday", limitNotes::day),
+                      field<&P::saturdayStartTime>("saturdayStartTime", limitNotes::opens("saturdayEndTime")),
+                      field<&P::saturdayEndTime>("saturdayEndTime", limitNotes::closes("saturdayStartTime")),
+                      field<&P::sunday>("sunday", limitNotes::day),
+                      field<&P::sundayStartTime>("sundayStartTime", limitNotes::opens("sundayEndTime")),
+                      field<&P::sundayEndTime>("sundayEndTime", limitNotes::closes("sundayStartTime"))};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = RunLimits>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 /// InitialSizePrefs, GraceSizePrefs and SelfServiceSizePrefs share one shape.
 struct PromptSizePrefs {
   std::optional<std::int64_t> promptHeight;
   std::optional<std::int64_t> promptWidth;
+  template <class P = PromptSizePrefs>
   static constexpr auto keys() {
     return std::tuple{
-        field<&PromptSizePrefs::promptHeight>(
-            "promptHeight", {.help = "Height of the window without its list; counts together with promptWidth.",
-                             .range = KeyRange{1},
-                             .unit = "points"}),
-        field<&PromptSizePrefs::promptWidth>("promptWidth",
-                                             {.help = "Width of the window; counts together with promptHeight.",
-                                              .range = KeyRange{1},
-                                              .unit = "points"})};
+        field<&P::promptHeight>("promptHeight", {.help = "Height of the window without its list.",
+                                                 .range = KeyRange{1},
+                                                 .unit = "points",
+                                                 .needs = "promptWidth"}),
+        field<&P::promptWidth>(
+            "promptWidth",
+            {.help = "Width of the window.", .range = KeyRange{1}, .unit = "points", .needs = "promptHeight"})};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = PromptSizePrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
+
+/// Keys that both kinds of updates have.
+namespace promptNotes {
+inline constexpr KeyNote customIcon{
+    .help = "Path of the icon of the prompts; absent: Self Service branding or the App Store icon.",
+    .example = "/Library/Management/icon.png"};
+inline constexpr KeyNote initialPromptOverlayIcon{
+    .help = "Path of the small icon over the icon of the prompts, or selfservice for the Self Service branding.",
+    .example = "selfservice"};
+inline constexpr KeyNote customUpdateButton{.help = "Text of the button that starts the update.", .ifAbsent = "Update"};
+inline constexpr KeyNote refreshInterval{.help =
+                                             "Time after which the prompt that offers a deferral comes to the front "
+                                             "again; others are brought into this range.",
+                                         .range = KeyRange{10, 120},
+                                         .unit = "seconds"};
+inline constexpr KeyNote acceptableAppBundleIDs{.help =
+                                                    "Bundle identifiers of apps during whose use nobody is asked: one "
+                                                    "in the foreground postpones the prompt.",
+                                                .example = "com.apple.iWork.Keynote"};
+inline constexpr KeyNote acceptableAppAssertions{
+    .help = "Names of processes that postpone the prompt while they keep the Mac from sleeping, as in a call.",
+    .example = "zoom.us"};
+inline constexpr KeyNote acceptableDNDMode{.help = "Postpones the prompt while Do Not Disturb or a Focus is on."};
+inline constexpr KeyNote acceptableCameraUsage{
+    .help = "Postpones the prompt while a camera is in use; Apple silicon needs macOS 13."};
+inline constexpr KeyNote acceptableScreenSharing{.help = "Postpones the prompt while the screen is shared."};
+inline constexpr KeyNote updateProgressPosition{
+    .help = "Where the progress window and the prompts after it stand. Another text: topright.",
+    .choices = promptPositions,
+    .choicesInAnyCase = true,
+    .ifAbsent = "topright"};
+inline constexpr KeyNote updateProgressPrompt{.help = "Progress window in front of others, among them, or none.",
+                                              .choices = {"focusPrompt", "noFocusPrompt", "noPrompt"},
+                                              .ifAbsent = "noFocusPrompt"};
+inline constexpr KeyNote updateProgressOverlayIcon{.help =
+                                                       "Path of the small icon over the app's icon in the progress "
+                                                       "window, or selfservice for the Self Service branding.",
+                                                   .example = "selfservice"};
+inline constexpr KeyNote autoRelaunchApps{.help = "Opens apps again that were quit for their update."};
+inline constexpr KeyNote displayCompletePrompt{.help = "Tells the user when the updates are done."};
+}  // namespace promptNotes
 
 struct ScheduledUpdatesPrefs {
   DeferralPrefs deferralConfiguration;
@@ -229,8 +296,8 @@ struct ScheduledUpdatesPrefs {
   std::optional<std::string> updateProgressOverlayIcon;
   bool autoRelaunchApps = true;
   bool displayCompletePrompt = true;
+  template <class P = ScheduledUpdatesPrefs>
   static constexpr auto keys() {
-    using P = ScheduledUpdatesPrefs;
     return std::tuple{
         field<&P::deferralConfiguration>("deferralConfiguration", {.help = "Deferrals."}),
         field<&P::runFrequency>("runFrequency", {.help = "How often the user is asked."}),
@@ -247,15 +314,8 @@ struct ScheduledUpdatesPrefs {
             {.help = "Countdown of the grace period prompt; 0 or less means 15, a week is the longest.",
              .range = KeyRange{1, 10080},
              .unit = "minutes"}),
-        field<&P::customIcon>(
-            "customIcon",
-            {.help = "Path of the icon of the prompts; absent: Self Service branding or the App Store icon.",
-             .example = "/Library/Management/icon.png"}),
-        field<&P::initialPromptOverlayIcon>(
-            "initialPromptOverlayIcon",
-            {.help =
-                 "Path of the small icon over the icon of the prompts, or selfservice for the Self Service branding.",
-             .example = "selfservice"}),
+        field<&P::customIcon>("customIcon", promptNotes::customIcon),
+        field<&P::initialPromptOverlayIcon>("initialPromptOverlayIcon", promptNotes::initialPromptOverlayIcon),
         field<&P::singleAppTitle>("singleAppTitle", {.help = "Title of the prompts for one app; appName is replaced."}),
         field<&P::multipleAppsTitle>("multipleAppsTitle", {.help = "Title of the prompts for several apps."}),
         field<&P::singleInitialQuitPromptMessage>("singleInitialQuitPromptMessage",
@@ -276,59 +336,35 @@ struct ScheduledUpdatesPrefs {
         field<&P::multipleAppGracePeriodQuitMessage>("multipleAppGracePeriodQuitMessage",
                                                      {.help = "Message of the grace period prompt for several apps; "
                                                               "placeholders are replaced. Absent: the agent's own."}),
-        field<&P::customDeferButton>(
-            "customDeferButton",
-            {.help = "Text of the defer button; deferCount is replaced where deferrals are limited.",
-             .ifAbsent = "Defer (deferCount)"}),
+        field<&P::customDeferButton>("customDeferButton",
+                                     {.help = "Text of the defer button; where deferrals are limited deferCount is "
+                                              "replaced. Absent: Defer, with the count there.",
+                                      .example = "Later (deferCount)"}),
         field<&P::customSkipButton>(
             "customSkipButton",
             {.help = "Text of the button that takes the place of the defer button in --update selfService.",
              .ifAbsent = "Skip"}),
-        field<&P::customUpdateButton>("customUpdateButton",
-                                      {.help = "Text of the button that starts the update.", .ifAbsent = "Update"}),
+        field<&P::customUpdateButton>("customUpdateButton", promptNotes::customUpdateButton),
         field<&P::appListType>(
             "appListType", {.help = "Shows the apps as a list in the prompt (vertical), or names them in its message.",
                             .choices = {"vertical", "horizontal"},
                             .ifAbsent = "horizontal"}),
-        field<&P::refreshInterval>("refreshInterval",
-                                   {.help = "Time after which the prompt that offers a deferral comes to the front "
-                                            "again; others are brought into this range.",
-                                    .range = KeyRange{10, 120},
-                                    .unit = "seconds"}),
-        field<&P::acceptableAppBundleIDs>("acceptableAppBundleIDs",
-                                          {.help = "Bundle identifiers of apps during whose use nobody is asked: one "
-                                                   "in the foreground postpones the prompt.",
-                                           .example = "com.apple.iWork.Keynote"}),
-        field<&P::acceptableAppAssertions>(
-            "acceptableAppAssertions",
-            {.help = "Names of processes that postpone the prompt while they keep the Mac from sleeping, as in a call.",
-             .example = "zoom.us"}),
-        field<&P::acceptableDNDMode>("acceptableDNDMode",
-                                     {.help = "Postpones the prompt while Do Not Disturb or a Focus is on."}),
-        field<&P::acceptableCameraUsage>(
-            "acceptableCameraUsage",
-            {.help = "Postpones the prompt while a camera is in use; Apple silicon needs macOS 13."}),
-        field<&P::acceptableScreenSharing>("acceptableScreenSharing",
-                                           {.help = "Postpones the prompt while the screen is shared."}),
-        field<&P::updateProgressPosition>(
-            "updateProgressPosition",
-            {.help = "Where the progress window and the prompts after it stand. Another text: topright.",
-             .choices = promptPositions,
-             .choicesInAnyCase = true,
-             .ifAbsent = "topright"}),
-        field<&P::updateProgressPrompt>("updateProgressPrompt",
-                                        {.help = "Progress window in front of others, among them, or none.",
-                                         .choices = {"focusPrompt", "noFocusPrompt", "noPrompt"},
-                                         .ifAbsent = "noFocusPrompt"}),
-        field<&P::updateProgressOverlayIcon>("updateProgressOverlayIcon",
-                                             {.help = "Path of the small icon over the app's icon in the progress "
-                                                      "window, or selfservice for the Self Service branding.",
-                                              .example = "selfservice"}),
-        field<&P::autoRelaunchApps>("autoRelaunchApps", {.help = "Opens apps again that were quit for their update."}),
-        field<&P::displayCompletePrompt>("displayCompletePrompt",
-                                         {.help = "Tells the user when the updates are done."})};
+        field<&P::refreshInterval>("refreshInterval", promptNotes::refreshInterval),
+        field<&P::acceptableAppBundleIDs>("acceptableAppBundleIDs", promptNotes::acceptableAppBundleIDs),
+        field<&P::acceptableAppAssertions>("acceptableAppAssertions", promptNotes::acceptableAppAssertions),
+        field<&P::acceptableDNDMode>("acceptableDNDMode", promptNotes::acceptableDNDMode),
+        field<&P::acceptableCameraUsage>("acceptableCameraUsage", promptNotes::acceptableCameraUsage),
+        field<&P::acceptableScreenSharing>("acceptableScreenSharing", promptNotes::acceptableScreenSharing),
+        field<&P::updateProgressPosition>("updateProgressPosition", promptNotes::updateProgressPosition),
+        field<&P::updateProgressPrompt>("updateProgressPrompt", promptNotes::updateProgressPrompt),
+        field<&P::updateProgressOverlayIcon>("updateProgressOverlayIcon", promptNotes::updateProgressOverlayIcon),
+        field<&P::autoRelaunchApps>("autoRelaunchApps", promptNotes::autoRelaunchApps),
+        field<&P::displayCompletePrompt>("displayCompletePrompt", promptNotes::displayCompletePrompt)};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = ScheduledUpdatesPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 struct ForcedUpdatesPrefs {
@@ -353,22 +389,15 @@ struct ForcedUpdatesPrefs {
   std::optional<std::string> updateProgressOverlayIcon;
   bool autoRelaunchApps = true;
   bool displayCompletePrompt = true;
+  template <class P = ForcedUpdatesPrefs>
   static constexpr auto keys() {
-    using P = ForcedUpdatesPrefs;
     return std::tuple{
         field<&P::runLimitations>("runLimitations", {.help = "Days and times at which forced updates may run."}),
         field<&P::customInitialPromptSize>("customInitialPromptSize",
                                            {.help = "Size of the prompt that offers a deferral."}),
         field<&P::customGracePromptSize>("customGracePromptSize", {.help = "Size of the grace period prompt."}),
-        field<&P::customIcon>(
-            "customIcon",
-            {.help = "Path of the icon of the prompts; absent: Self Service branding or the App Store icon.",
-             .example = "/Library/Management/icon.png"}),
-        field<&P::initialPromptOverlayIcon>(
-            "initialPromptOverlayIcon",
-            {.help =
-                 "Path of the small icon over the icon of the prompts, or selfservice for the Self Service branding.",
-             .example = "selfservice"}),
+        field<&P::customIcon>("customIcon", promptNotes::customIcon),
+        field<&P::initialPromptOverlayIcon>("initialPromptOverlayIcon", promptNotes::initialPromptOverlayIcon),
         field<&P::customTitle>("customTitle", {.help = "Title of the prompts; appName is replaced.",
                                                .ifAbsent = "Urgent Update Required"}),
         field<&P::initialQuitPromptMessage>(
@@ -380,45 +409,23 @@ struct ForcedUpdatesPrefs {
             {.help = "Message of the grace period prompt; placeholders are replaced. Absent: the agent's own."}),
         field<&P::customDeferButton>("customDeferButton", {.help = "Text of the defer button; deferCount is replaced.",
                                                            .ifAbsent = "Defer (deferCount)"}),
-        field<&P::customUpdateButton>("customUpdateButton",
-                                      {.help = "Text of the button that starts the update.", .ifAbsent = "Update"}),
-        field<&P::refreshInterval>("refreshInterval",
-                                   {.help = "Time after which the prompt that offers a deferral comes to the front "
-                                            "again; others are brought into this range.",
-                                    .range = KeyRange{10, 120},
-                                    .unit = "seconds"}),
-        field<&P::acceptableAppBundleIDs>("acceptableAppBundleIDs",
-                                          {.help = "Bundle identifiers of apps during whose use nobody is asked: one "
-                                                   "in the foreground postpones the prompt.",
-                                           .example = "com.apple.iWork.Keynote"}),
-        field<&P::acceptableAppAssertions>(
-            "acceptableAppAssertions",
-            {.help = "Names of processes that postpone the prompt while they keep the Mac from sleeping, as in a call.",
-             .example = "zoom.us"}),
-        field<&P::acceptableDNDMode>("acceptableDNDMode",
-                                     {.help = "Postpones the prompt while Do Not Disturb or a Focus is on."}),
-        field<&P::acceptableCameraUsage>(
-            "acceptableCameraUsage",
-            {.help = "Postpones the prompt while a camera is in use; Apple silicon needs macOS 13."}),
-        field<&P::acceptableScreenSharing>("acceptableScreenSharing",
-                                           {.help = "Postpones the prompt while the screen is shared."}),
-        field<&P::updateProgressPosition>(
-            "updateProgressPosition",
-            {.help = "Where the progress window and the prompts after it stand. Another text: topright.",
-             .choices = promptPositions,
-             .choicesInAnyCase = true}),
-        field<&P::updateProgressPrompt>("updateProgressPrompt",
-                                        {.help = "Progress window in front of others, among them, or none.",
-                                         .choices = {"focusPrompt", "noFocusPrompt", "noPrompt"}}),
-        field<&P::updateProgressOverlayIcon>("updateProgressOverlayIcon",
-                                             {.help = "Path of the small icon over the app's icon in the progress "
-                                                      "window, or selfservice for the Self Service branding.",
-                                              .example = "selfservice"}),
-        field<&P::autoRelaunchApps>("autoRelaunchApps", {.help = "Opens apps again that were quit for their update."}),
-        field<&P::displayCompletePrompt>("displayCompletePrompt",
-                                         {.help = "Tells the user when the updates are done."})};
+        field<&P::customUpdateButton>("customUpdateButton", promptNotes::customUpdateButton),
+        field<&P::refreshInterval>("refreshInterval", promptNotes::refreshInterval),
+        field<&P::acceptableAppBundleIDs>("acceptableAppBundleIDs", promptNotes::acceptableAppBundleIDs),
+        field<&P::acceptableAppAssertions>("acceptableAppAssertions", promptNotes::acceptableAppAssertions),
+        field<&P::acceptableDNDMode>("acceptableDNDMode", promptNotes::acceptableDNDMode),
+        field<&P::acceptableCameraUsage>("acceptableCameraUsage", promptNotes::acceptableCameraUsage),
+        field<&P::acceptableScreenSharing>("acceptableScreenSharing", promptNotes::acceptableScreenSharing),
+        field<&P::updateProgressPosition>("updateProgressPosition", promptNotes::updateProgressPosition),
+        field<&P::updateProgressPrompt>("updateProgressPrompt", promptNotes::updateProgressPrompt),
+        field<&P::updateProgressOverlayIcon>("updateProgressOverlayIcon", promptNotes::updateProgressOverlayIcon),
+        field<&P::autoRelaunchApps>("autoRelaunchApps", promptNotes::autoRelaunchApps),
+        field<&P::displayCompletePrompt>("displayCompletePrompt", promptNotes::displayCompletePrompt)};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = ForcedUpdatesPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 /// The administrator's property list. A missing section behaves as one with every key missing.
@@ -426,16 +433,19 @@ struct CustomPrefs {
   GeneralOptionPrefs GeneralOptions;
   ScheduledUpdatesPrefs ScheduledUpdates;
   ForcedUpdatesPrefs ForcedUpdates;
+  template <class P = CustomPrefs>
   static constexpr auto keys() {
     return std::tuple{
-        field<&CustomPrefs::GeneralOptions>("GeneralOptions",
-                                            {.help = "What the agent does at all, and for which apps."}),
-        field<&CustomPrefs::ScheduledUpdates>("ScheduledUpdates",
-                                              {.help = "When and how users are asked about updates of apps in use."}),
-        field<&CustomPrefs::ForcedUpdates>(
-            "ForcedUpdates", {.help = "How users are asked about updates that an administrator forces."})};
+        field<&P::GeneralOptions>("GeneralOptions", {.help = "What the agent does at all, and for which apps."}),
+        field<&P::ScheduledUpdates>("ScheduledUpdates",
+                                    {.help = "When and how users are asked about updates of apps in use."}),
+        field<&P::ForcedUpdates>("ForcedUpdates",
+                                 {.help = "How users are asked about updates that an administrator forces."})};
   }
-  static constexpr auto fields() { return withoutNotes(keys()); }
+  template <class P = CustomPrefs>
+  static constexpr auto fields() {
+    return withoutNotes(P::keys());
+  }
 };
 
 /// Finds and decodes the list: the first path that exists wins. No file, or one that can't be read, gives the defaults
