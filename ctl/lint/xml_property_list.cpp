@@ -94,14 +94,17 @@ class PlistBuilder {
             static_cast<std::size_t>(XML_GetCurrentColumnNumber(parser_)) + 1};
   }
 
-  void fault(std::string problem, std::string advice) { faultAt(path(), std::move(problem), std::move(advice)); }
-  void faultAt(std::string path, std::string problem, std::string advice) {
+  void fault(std::string problem, std::string advice) { stop(here(), path(), std::move(problem), std::move(advice)); }
+  void malformed(std::string problem) { malformed(here(), std::move(problem)); }
+  void malformed(Position at, std::string problem) {
+    stop(at, path(), std::move(problem), "what follows wasn't looked at");
+  }
+  void stop(Position at, std::string path, std::string problem, std::string advice) {
     if (stopped_) return;
     stopped_ = true;
-    findings_.error(here(), std::move(path), std::move(problem), std::move(advice));
+    findings_.error(at, std::move(path), std::move(problem), std::move(advice));
     XML_StopParser(parser_, XML_FALSE);
   }
-  void malformed(std::string problem) { fault(std::move(problem), "what follows wasn't looked at"); }
 
   void start(std::string_view name) {
     if (stopped_) return;
@@ -130,8 +133,8 @@ class PlistBuilder {
     LocatedValue* const added = add(std::move(value));
     if (added == nullptr) return;
     if (open_.size() == depthLimit)
-      return faultAt("", fmt::format("is nested more than {} levels deep", depthLimit),
-                     "no profile needs that; is this the right file?");
+      return stop(scalarAt_, "", fmt::format("is nested more than {} levels deep", depthLimit),
+                  "no profile needs that; is this the right file?");
     open_.push_back({added, {}, std::nullopt});
   }
 
@@ -152,7 +155,7 @@ class PlistBuilder {
     if (value.kind == NodeKind::string) value.text = text;
     const bool isNumber = value.kind == NodeKind::integer || value.kind == NodeKind::number;
     if (isNumber && !readNumber(text, value))
-      return malformed(fmt::format("<{}> holds \"{}\", which is no number", name, text));
+      return malformed(value.at, fmt::format("<{}> holds \"{}\", which is no number", name, text));
     add(std::move(value));
   }
 
@@ -168,12 +171,12 @@ class PlistBuilder {
   /// Null when a value can't stand here.
   LocatedValue* add(LocatedValue value) {
     if (open_.empty()) {
-      if (root_) return malformed("a property list holds one value, and here is a second one"), nullptr;
+      if (root_) return malformed(value.at, "a property list holds one value, and here is a second one"), nullptr;
       return &root_.emplace(std::move(value));
     }
     Open& parent = open_.back();
     if (parent.value->kind == NodeKind::array) return &parent.value->elements.emplace_back(std::move(value));
-    if (!parent.awaited) return malformed("a value without a <key> can't stand in a <dict>"), nullptr;
+    if (!parent.awaited) return malformed(value.at, "a value without a <key> can't stand in a <dict>"), nullptr;
     parent.awaited->value = std::move(value);
     parent.value->members.push_back(std::move(*parent.awaited));
     parent.awaited.reset();

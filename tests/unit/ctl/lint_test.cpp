@@ -9,6 +9,8 @@
 #include "ctl/lint/lint_command.h"
 #include "ctl/lint/preferences_lint.h"
 #include "tests/support/temporary_folder.h"
+#include "vorlu/server/blueprint.h"
+#include "vorlu/state/json.h"
 #include "vorlu/state/property_list.h"
 
 namespace vorlu::test {
@@ -174,6 +176,7 @@ TEST(CatalogLint, TellsWhereAFileIsNoCatalog) {
   for (const Case& c : cases) EXPECT_THAT(told(lintCatalog(c.text)), ElementsAre(StartsWith(c.finding))) << c.text;
 
   const std::string sample = contentOf("/packaging/sample-catalog.json");
+  EXPECT_FALSE(decodeJson<std::vector<AppBlueprints>>("\xef\xbb\xbf" + sample).ok());
   EXPECT_THAT(told(lintCatalog("\xef\xbb\xbf" + sample)),
               ElementsAre(StartsWith("1:1 error : the file begins with a byte order mark")));
   std::string twice = sample;
@@ -197,7 +200,7 @@ TEST(PreferencesLint, TellsWhereAFileIsNoPropertyList) {
       {"<plist><dict>\n<key>a</key></dict></plist>", "2:13 error : the key \"a\" has no value"},
       {list("<dict><key>a</string></dict>"), "2:15 error : this isn't well-formed XML: mismatched tag"},
       {list("<dict><true/></dict>"), "2:7 error : a value without a <key> can't stand in a <dict>"},
-      {list("<dict><key>a</key><integer>x</integer></dict>"), "2:29 error : <integer> holds \"x\", which is no number"},
+      {list("<dict><key>a</key><integer>x</integer></dict>"), "2:19 error : <integer> holds \"x\", which is no number"},
       {list("<dict><key>a</key>true</dict>"), "2:23 error : the text \"true\" can't stand between elements"},
       {list("<array/>"), "2:1 error : preferences are a dictionary, and this is an array"},
       {list(std::string(100'000, ' ') +
