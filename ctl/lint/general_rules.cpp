@@ -55,7 +55,8 @@ void checkPair(RecordLint& lint, const std::string& allowedKey, const List& allo
 
 void checkReportKey(RecordLint& lint, const std::optional<std::string>& text) {
   if (!text) return;
-  const std::string advice = "give the Base64 of the public RSA key's DER, without the lines of a PEM file";
+  const std::string advice =
+      "give what \"openssl pkey -pubin -in KEY.pem -outform der | openssl base64 -A\" prints for an RSA key";
   const char* const key = "GeneralOptions.publicKey";
   if (text->empty()) return lint.warning(key, "is empty, so no report is sent", "give the key, or remove it");
   const auto der = base64Decode(*text);
