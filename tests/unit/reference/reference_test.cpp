@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
 
@@ -8,6 +9,7 @@
 #include "reference/sample_profile.h"
 #include "tests/support/temporary_folder.h"
 #include "vorlu/install/download_type.h"
+#include "vorlu/prompts/prompt_texts.h"
 #include "vorlu/server/blueprint.h"
 #include "vorlu/server/blueprint_keys.h"
 #include "vorlu/state/json.h"
@@ -74,9 +76,10 @@ TEST(Reference, KeysTellWhatIsUsedWithoutThem) {
   EXPECT_EQ(defaults["ScheduledUpdates.runFrequency.runType"], "specifyFrequency");  // its choice's spelling
   EXPECT_EQ(defaults["ScheduledUpdates.updateProgressPosition"], "topright");        // the flow's
   EXPECT_EQ(defaults["ForcedUpdates.updateProgressPosition"], "top");                // the member's
-  EXPECT_EQ(defaults["ForcedUpdates.refreshInterval"], "20");
+  EXPECT_EQ(defaults["ForcedUpdates.customTitle"], texts::forcedTitle);
+  EXPECT_EQ(defaults["ScheduledUpdates.customUpdateButton"], texts::update);
+  EXPECT_EQ(defaults["ScheduledUpdates.customSkipButton"], texts::skip);
   EXPECT_EQ(defaults["mode"], "755");
-  EXPECT_EQ(defaults["owner"], "root");
   EXPECT_EQ(defaults["appName"], "none");
 }
 
