@@ -219,9 +219,9 @@ std::vector<ScriptFault> scriptFaults(std::string_view script, ScriptUse use, co
        brokenByJoining
            ? fmt::format("{} can't read this script once its lines are joined: {}", joined.interpreter, *said)
            : fmt::format("{} can't read this script: {}", joined.interpreter, *said),
-       brokenByJoining ? "write functions, case branches and groups so that semicolons may stand at the ends "
-                         "of their lines"
-                       : "mend the script"});
+       brokenByJoining
+           ? "let what a semicolon can't follow, such as \"in\", \"{\" or \"&\", share its line with what comes next"
+           : "mend the script"});
   return faults;
 }
 
