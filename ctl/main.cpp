@@ -8,6 +8,7 @@
 #include <exception>
 
 #include "ctl/command.h"
+#include "ctl/lint/lint_command.h"
 #include "ctl/version_command.h"
 
 namespace {
@@ -15,6 +16,8 @@ namespace {
 using namespace vorlu::ctl;
 
 constexpr std::array commands{
+    Command{"lint-catalog", "FILE [--json]", lintCatalogCommand},
+    Command{"lint-prefs", "FILE [--json]", lintPrefsCommand},
     Command{"version", "", versionCommand},
 };
 

@@ -10,9 +10,7 @@
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
-namespace {
 
-/// An address that a browser takes for one of the web and not for a file, a search or an option.
 bool isWebURL(std::string_view url) {
   const std::size_t colon = url.find("://");
   if (colon == std::string_view::npos) return false;
@@ -24,8 +22,6 @@ bool isWebURL(std::string_view url) {
            std::string_view("<>\"\\^`{|}").find(c) != std::string_view::npos;
   });
 }
-
-}  // namespace
 
 void WebScraper::search(Log& log, const std::string& userAgent) const {
   const auto page = webView.outerHTML(url, userAgent);

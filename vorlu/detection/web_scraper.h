@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "vorlu/platform/web_view.h"
 
@@ -10,6 +11,9 @@ namespace vorlu {
 
 struct Vorlu;
 class Log;
+
+/// An address that a browser takes for one of the web and not for a file, a search or an option.
+bool isWebURL(std::string_view url);
 
 /// Searches one web page, as its scripts have made it, for a pattern.
 struct WebScraper {

@@ -1,6 +1,5 @@
 #include "vorlu/install/install_script.h"
 
-#include "vorlu/detection/catalog_script.h"
 #include "vorlu/install/install_job.h"
 #include "vorlu/install/line_reader.h"
 #include "vorlu/state/tool.h"
@@ -43,14 +42,20 @@ std::string repairedCaseEnds(std::string_view joined) {
   return result;
 }
 
+PreparedScript prepareInstallScript(std::string_view script) {
+  PreparedScript prepared = prepareScript(withoutLineSemicolons(script));
+  prepared.text = repairedCaseEnds(prepared.text);
+  return prepared;
+}
+
 void runInstallScript(Vorlu& vorlu, const std::string& script) {
-  const PreparedScript prepared = prepareScript(withoutLineSemicolons(script));
+  const PreparedScript prepared = prepareInstallScript(script);
   LineReader lines([&](std::string_view line) {
     if (const std::string text = trimmed(line); !text.empty()) vorlu.log(text);
   });
   Command command;
   command.program = prepared.interpreter;
-  command.arguments = {"-c", repairedCaseEnds(prepared.text)};
+  command.arguments = {"-c", prepared.text};
   command.onOutput = [&](std::string_view piece) { lines.feed(piece); };
   runTool(vorlu.platform.processes, vorlu.log, command);
   lines.finish();

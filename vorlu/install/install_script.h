@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "vorlu/detection/catalog_script.h"
+
 namespace vorlu {
 
 struct Vorlu;
@@ -16,6 +18,9 @@ void runInstallScript(Vorlu& vorlu, const std::string& script);
 void runPreInstallScript(InstallJob& job);
 /// The same after the install.
 void runPostInstallScript(InstallJob& job);
+
+/// A catalog script around an install made ready for its interpreter: as other scripts, with some ends of lines mended.
+PreparedScript prepareInstallScript(std::string_view script);
 
 /// The script without the blanks and the semicolon that end a line, since lines are joined with semicolons.
 std::string withoutLineSemicolons(std::string_view script);
