@@ -8,6 +8,7 @@
 #include <exception>
 
 #include "ctl/command.h"
+#include "ctl/explain_command.h"
 #include "ctl/version_command.h"
 
 namespace {
@@ -15,6 +16,7 @@ namespace {
 using namespace vorlu::ctl;
 
 constexpr std::array commands{
+    Command{"explain", "APP [--json] [--run-scripts]", explainCommand},
     Command{"version", "", versionCommand},
 };
 
