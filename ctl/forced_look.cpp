@@ -46,7 +46,7 @@ Fate fateInUse(Vorlu& vorlu, const ReceiptData& receipt, ForcedLook& look, const
   const std::int64_t left = deferralsOf(receipt).value_or(0);
   look.steps.push_back(
       {"forced: deferrals", tells, path,
-       left >= 1 ? fmt::format("the user is asked and may defer ({} left)", left)
+       left >= 1 ? fmt::format("the user is asked and may defer (deferrals left: {})", left)
                  : fmt::format("no deferral: the user has {} minutes to save his work", graceMinutesOf(receipt))});
   return left >= 1 ? Fate::prompt : Fate::gracePrompt;
 }

@@ -157,7 +157,7 @@ std::pair<const char*, const char*> keyAndWords(AcceptableUse use) {
 std::string promptSentence(PromptChoice choice, const std::optional<std::int64_t>& left, std::int64_t grace) {
   switch (choice) {
     case PromptChoice::initial:
-      return left ? fmt::format("the user is asked and may defer ({} left)", *left)
+      return left ? fmt::format("the user is asked and may defer (deferrals left: {})", *left)
                   : "the user is asked and may defer as often as he likes";
     case PromptChoice::graceCountUsedUp:
       return fmt::format("no deferral is left: the user has {} minutes to save his work", grace);
