@@ -158,7 +158,10 @@ void lookAtUse(Looking& at) {
   const CurrentApp& app = at.vorlu.currentApp;
   const bool runs = isSelectedAppRunning(at.vorlu, at.look.found->installedPath, app.appName);
   at.look.inUse = runs && !app.updateWhileRunning;
-  at.tell("running", app.updateWhileRunning ? "updateWhileRunning" : "blockingApps",
+  const char* decidedBy = app.updateWhileRunning     ? "updateWhileRunning"
+                          : app.blockingApps.empty() ? app.installedBundleIdentifier.c_str()
+                                                     : "blockingApps";
+  at.tell("running", decidedBy,
           !runs            ? "it doesn't run"
           : !at.look.inUse ? "it runs and may be updated all the same"
                            : "it runs, and has to quit for its update");

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "ctl/app_look.h"
 #include "ctl/forced_look.h"
 #include "ctl/read_only_mac.h"
@@ -10,6 +12,7 @@
 #include "vorlu/detection/find_app.h"
 #include "vorlu/detection/processor.h"
 #include "vorlu/prompts/console_session.h"
+#include "vorlu/reporting/report_lists.h"
 #include "vorlu/state/end_run.h"
 #include "vorlu/state/json.h"
 #include "vorlu/state/paths.h"
@@ -72,21 +75,21 @@ bool looksForUpdates(Explaining& at) {
   const std::int64_t next = vorlu.runData.kept(&RunDataFile::NextUpdateAttempt);
   const bool isDue = next < static_cast<std::int64_t>(vorlu.platform.clock.now());
   if (prefs.updatePrompts)
-    return at.pass(decision("next look", true, "GeneralOptions.updatePrompts",
-                            "each recurring run looks for updates; the hourly check is due from " +
-                                momentText(vorlu.platform.clock, next)));
+    return at.pass(decision("next look", true, "GeneralOptions.updatePrompts", "each recurring run looks for updates"));
   if (!prefs.hourlyCheck)
     return at.pass(decision("next look", false, "GeneralOptions.hourlyCheck, GeneralOptions.updatePrompts",
                             "recurring runs look for no updates: both keys are false"));
-  return at.pass(decision("next look", isDue, "NextUpdateAttempt",
-                          fmt::format("the hourly check is due from {}", momentText(vorlu.platform.clock, next))));
+  return at.pass(decision(
+      "next look", isDue, "NextUpdateAttempt",
+      isDue ? "the hourly check is due" : "the hourly check is due " + momentText(vorlu.platform.clock, next)));
 }
 
 /// An app in use: whether its user is asked.
 Fate fateOfScheduled(Explaining& at) {
   Vorlu& vorlu = at.vorlu;
-  bool open = at.pass(decision("prompts", vorlu.preferences.general().updatePrompts, "GeneralOptions.updatePrompts",
-                               "recurring runs may ask the user, if the key is true"));
+  const bool mayAsk = vorlu.preferences.general().updatePrompts;
+  bool open = at.pass(decision("prompts", mayAsk, "GeneralOptions.updatePrompts",
+                               mayAsk ? "recurring runs ask the user" : "recurring runs don't ask the user"));
   open &= at.pass(decision("console", somebodyAtConsole(vorlu), "",
                            fmt::format("the console user is \"{}\"", vorlu.platform.consoleUser.name())));
   const Steps gates = timeGates(vorlu);
@@ -116,9 +119,22 @@ void forecastPrompt(Explaining& at) {
       {"next prompt", tells, "", moment ? "at the earliest " + momentText(clock, *moment) : "none within five weeks"});
 }
 
+/// What the report tells of an attempt that failed.
+void tellOfLastError(Explaining& at) {
+  const auto errors = readErrorRecord(at.vorlu.platform.files).vorluErrors.value_or(std::vector<VorluErrors>{});
+  const auto isAboutApp = [&](const VorluErrors& error) {
+    return orEmpty(error.message).find(at.result.app) != std::string::npos;
+  };
+  const auto last = std::find_if(errors.rbegin(), errors.rend(), isAboutApp);
+  if (last == errors.rend() || at.result.app.empty()) return;
+  at.result.steps.push_back(
+      {"last error", tells, paths::errors, fmt::format("{}: {}", orEmpty(last->timeStamp), *last->message)});
+}
+
 Fate fateOf(Explaining& at, const AppBlueprints& entry, bool runScripts) {
   const AppLook look = lookAt(at.vorlu, entry, runScripts);
   at.add(look.steps);
+  tellOfLastError(at);
   at.result.latestVersion = effectiveLatestVersion(entry, processor(at.vorlu.platform.device));
   if (look.found) at.result.installedVersion = look.found->installedVersion;
   if (look.hindrance) return *look.hindrance;

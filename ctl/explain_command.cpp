@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
+
 #include "ctl/explain_app.h"
 #include "vorlu/platform/linux/linux_platform.h"
 #include "vorlu/state/site.h"
@@ -17,9 +19,11 @@ Answer explainCommand(const Arguments& given) {
   const Site site(sealedSite, mac.platform().security);
   const auto explanation = explainApp(mac.platform(), site, arguments[0], runScripts);
   if (!explanation) {
-    const bool denied = explanation.failure().code == EACCES;
-    return {2, fmt::format("vorluctl explain: {}{}\n", explanation.error(),
-                           denied ? "; the agent's state is root's, so use sudo" : "")};
+    const int code = explanation.failure().code;
+    const char* advice = code == EACCES   ? "; the agent's state is root's, so use sudo"
+                         : code == ENOENT ? "; the agent hasn't fetched its catalog yet"
+                                          : "";
+    return {2, fmt::format("vorluctl explain: {}{}\n", explanation.error(), advice)};
   }
   return {0, asJson ? toJson(*explanation) : toText(*explanation)};
 }

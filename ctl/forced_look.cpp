@@ -76,6 +76,9 @@ ForcedLook lookAtForced(Vorlu& vorlu, const AppBlueprints& entry, const AppLook&
   ForcedLook look;
   for (const std::string& mark : marksOf(vorlu, entry))
     if (!look.fate) lookAtMark(vorlu, mark, app, look);  // the first to act has the user's answer for the others
+  if (look.fate) return look;
+  for (ExplainedStep& step : look.steps)
+    step.verdict = tells;  // what holds a mark back leaves the update its other way
   return look;
 }
 

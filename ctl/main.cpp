@@ -9,6 +9,7 @@
 
 #include "ctl/command.h"
 #include "ctl/explain_command.h"
+#include "ctl/status_command.h"
 #include "ctl/timeline_command.h"
 #include "ctl/version_command.h"
 
@@ -18,6 +19,7 @@ using namespace vorlu::ctl;
 
 constexpr std::array commands{
     Command{"explain", "APP [--json] [--run-scripts]", explainCommand},
+    Command{"status", "[--json]", statusCommand},
     Command{"timeline",
             "--prefs FILE [--days N] [--answers update,defer,ignore,quit] [--start \"YYYY-MM-DD HH:MM\"]\n"
             "                    [--hours HH:MM-HH:MM] [--release-every DAYS] [--json]",

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vorlu::ctl {
@@ -13,6 +15,10 @@ enum class UserAnswer {
   ignore,  ///< leaves the prompt standing until he logs out; where he can't, he lets the time run out
   quit,    ///< kills the prompt
 };
+
+/// By its name; nothing for any other word.
+std::optional<UserAnswer> userAnswer(std::string_view name);
+const char* nameOf(UserAnswer answer);
 
 /// What is rehearsed: a Mac with one application that is always open, of which new versions come.
 struct RehearsalPlan {

@@ -206,12 +206,14 @@ Steps timeGates(Vorlu& vorlu) {
 std::optional<std::int64_t> nextOpenMoment(ReadOnlyMac& mac, const Site& site) {
   const auto from = static_cast<std::int64_t>(mac.clock.now());
   std::optional<std::int64_t> open;
-  for (std::int64_t moment = from; !open && moment <= from + outlook; moment += quarter) {
+  std::optional<Vorlu> run;
+  for (std::int64_t moment = from; !open && moment <= from + outlook; moment = (moment / quarter + 1) * quarter) {
     mac.clock.moveTo(static_cast<Seconds>(moment));
-    Vorlu run(mac.platform(), site);
-    if (schemeStep(run).verdict == stops) continue;
-    prepareDeferralState(run);  // a changed mode counts as an update activity, which the next run meets
-    if (firstStop(timeGates(run)) == nullptr) open = moment;
+    if (!run) run.emplace(mac.platform(), site);
+    if (schemeStep(*run).verdict == stops) continue;
+    prepareDeferralState(*run);  // a changed mode counts as an update activity, which the next run meets
+    if (firstStop(timeGates(*run)) == nullptr) open = moment;
+    run.reset();
   }
   mac.clock.release();
   return open;

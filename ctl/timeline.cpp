@@ -19,20 +19,6 @@ namespace {
 constexpr std::int64_t quarter = 900;  ///< seconds between two recurring runs
 constexpr std::int64_t day = 86400;
 
-const char* nameOf(UserAnswer answer) {
-  switch (answer) {
-    case UserAnswer::update:
-      return "update";
-    case UserAnswer::defer:
-      return "defer";
-    case UserAnswer::ignore:
-      return "ignore";
-    case UserAnswer::quit:
-      break;
-  }
-  return "quit";
-}
-
 /// The rehearsed application must be one that the profile allows.
 CustomPrefs withoutLists(CustomPrefs prefs) {
   prefs.GeneralOptions.allowedAppUpdates.reset();

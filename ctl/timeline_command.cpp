@@ -27,10 +27,7 @@ std::string readFile(const std::string& path) {
 }
 
 UserAnswer answerOf(const std::string& word) {
-  if (word == "update") return UserAnswer::update;
-  if (word == "defer") return UserAnswer::defer;
-  if (word == "ignore") return UserAnswer::ignore;
-  if (word == "quit") return UserAnswer::quit;
+  if (const auto answer = userAnswer(word)) return *answer;
   throw std::invalid_argument(fmt::format("--answers: \"{}\" is none of update, defer, ignore and quit", word));
 }
 
