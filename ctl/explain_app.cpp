@@ -135,7 +135,8 @@ Fate fateOf(Explaining& at, const AppBlueprints& entry, bool runScripts) {
   const AppLook look = lookAt(at.vorlu, entry, runScripts);
   at.add(look.steps);
   tellOfLastError(at);
-  at.result.latestVersion = effectiveLatestVersion(entry, processor(at.vorlu.platform.device));
+  const std::string& latest = effectiveLatestVersion(entry, processor(at.vorlu.platform.device));
+  if (!latest.empty()) at.result.latestVersion = latest;
   if (look.found) at.result.installedVersion = look.found->installedVersion;
   if (look.hindrance) return *look.hindrance;
   const ForcedLook forced = lookAtForced(at.vorlu, entry, look);

@@ -26,7 +26,7 @@ std::string key(const char* group, const char* name) {
 const char* sentence(PatchDayReason reason) {
   switch (reason) {
     case PatchDayReason::singleDone:
-      return "today is the patch day, and the user has been asked or updated today";
+      return "today is the patch day, and the user has been asked or updated today already";
     case PatchDayReason::singleDue:
     case PatchDayReason::recurringDue:
       return "today is the patch day, and nothing has happened today yet";
@@ -59,7 +59,7 @@ std::string sentence(FrequencyReason reason, std::string_view period) {
     case FrequencyReason::deferredRecurring:
       return fmt::format("the user has deferred in the last {} and is asked again after each deferral", period);
     case FrequencyReason::updated:
-      return fmt::format("updates were installed, or none were due, in the last {}", period);
+      return fmt::format("updates were installed, none were due, or deferrals began afresh in the last {}", period);
   }
   return "";
 }

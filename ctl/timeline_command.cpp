@@ -13,6 +13,7 @@
 #include "ctl/rehearsal_mac.h"
 #include "ctl/timeline.h"
 #include "vorlu/state/json.h"
+#include "vorlu/state/property_list.h"
 #include "vorlu/state/site.h"
 
 namespace vorlu::ctl {
@@ -83,13 +84,32 @@ RehearsalPlan planOf(Arguments& arguments) {
   return plan;
 }
 
+/// The sections of a profile, each of which may be missing.
+struct Sections {
+  std::optional<GeneralOptionPrefs> general;
+  std::optional<ScheduledUpdatesPrefs> scheduled;
+  std::optional<ForcedUpdatesPrefs> forced;
+  static constexpr auto fields() {
+    return std::array{field<&Sections::general>("GeneralOptions"), field<&Sections::scheduled>("ScheduledUpdates"),
+                      field<&Sections::forced>("ForcedUpdates")};
+  }
+};
+
+/// A file that is no profile of the agent would pass for one with all keys at their default.
+std::string warningAbout(const RehearsalPlan& plan) {
+  const auto sections = decodePropertyList<Sections>(plan.preferences);
+  const bool hasAny = sections && (sections->general || sections->scheduled || sections->forced);
+  return hasAny ? "" : "The file has none of the agent's sections: all keys are at their default.\n";
+}
+
 std::string clockText(int minute) {
   return fmt::format("{:02}:{:02}", minute / 60, minute % 60);
 }
 
 std::string toText(const RehearsalPlan& plan, const std::vector<TimelineEntry>& entries) {
   RehearsalClock clock("");
-  std::string text =
+  std::string text = warningAbout(plan);
+  text +=
       fmt::format("{} days from {}: the Mac is in use from {} to {}, an outdated application is always open, {}.\n\n",
                   plan.days, momentText(clock, plan.start), clockText(plan.fromMinute), clockText(plan.toMinute),
                   plan.releaseEvery == 0 ? std::string("one new version comes out")

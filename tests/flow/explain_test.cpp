@@ -234,5 +234,19 @@ INSTANTIATE_TEST_SUITE_P(Months, Rehearsed,
                                          Month{thursdays, "defer defer update defer update"},
                                          Month{disabled, "update"}));
 
+struct StatusOfAgent : PromptedRun {};
+
+TEST_F(StatusOfAgent, TellsWhatItCanReadAndNamesTheRest) {
+  mac.processes.on("/usr/local/bin/vorlu --version", {.output = "Vorlu Version: 9.1\n"});
+  mac.write(paths::runData, "garbage");
+  const AppInventory found{
+      {{{"Due", "", "", "1", "2", "", true, true, true}, {"Excluded", "", "", "1", "2", "", true}}}};
+  mac.write(paths::appInventory, encodeJson(found, JsonLayout::pretty));
+  const ctl::AgentStatus status = ctl::readStatus(mac.platform(), site);
+  EXPECT_EQ(status.agentVersion, "9.1");
+  EXPECT_THAT(ctl::toText(status), HasSubstr("Pending updates   1\n  Due 1 -> 2, its installer is in the cache\n"));
+  EXPECT_THAT(status.unreadable, testing::ElementsAre(HasSubstr(paths::runData)));
+}
+
 }  // namespace
 }  // namespace vorlu::test
