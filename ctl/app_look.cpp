@@ -59,7 +59,7 @@ void lookAtLists(Looking& at) {
   else
     detail = at.look.isListed ? "no list excludes it" : "the catalog gives it no identifier";
   at.look.steps.push_back(decision(
-      "lists", at.look.isListed,
+      listsTopic, at.look.isListed,
       fmt::format("GeneralOptions.{}", hasAllowed && !byExclusion ? "allowedAppUpdates" : "excludedAppUpdates"),
       detail));
 }

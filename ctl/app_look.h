@@ -14,6 +14,9 @@ struct Vorlu;
 
 namespace vorlu::ctl {
 
+/// Of the step about the lists of the preferences.
+inline constexpr const char* listsTopic = "lists";
+
 /// What catalog, preferences and disk tell of one application, whatever the time is.
 struct AppLook {
   Steps steps;

@@ -90,7 +90,7 @@ Fate fateOfScheduled(Explaining& at) {
   const bool mayAsk = vorlu.preferences.general().updatePrompts;
   bool open = at.pass(decision("prompts", mayAsk, "GeneralOptions.updatePrompts",
                                mayAsk ? "recurring runs ask the user" : "recurring runs don't ask the user"));
-  open &= at.pass(decision("console", somebodyAtConsole(vorlu), "",
+  open &= at.pass(decision("console", somebodyAtConsole(vorlu), "console user",
                            fmt::format("the console user is \"{}\"", vorlu.platform.consoleUser.name())));
   const Steps gates = timeGates(vorlu);
   at.add(gates);
@@ -138,22 +138,29 @@ Fate fateOf(Explaining& at, const AppBlueprints& entry, bool runScripts) {
   const std::string& latest = effectiveLatestVersion(entry, processor(at.vorlu.platform.device));
   if (!latest.empty()) at.result.latestVersion = latest;
   if (look.found) at.result.installedVersion = look.found->installedVersion;
-  if (look.hindrance) return *look.hindrance;
+  if (look.hindrance && *look.hindrance != Fate::blocked) return *look.hindrance;
   const ForcedLook forced = lookAtForced(at.vorlu, entry, look);
   at.add(forced.steps);
-  if (look.hasUnknownType && !look.inUse) return Fate::blocked;
+  if (!look.isListed && !forced.fate) return Fate::notManaged;
+  if (look.hindrance || (look.hasUnknownType && !look.inUse)) return Fate::blocked;
   if (forced.fate) return *forced.fate;
-  if (!look.isListed) return Fate::notManaged;
   if (!look.inUse) return looksForUpdates(at) ? Fate::update : Fate::waits;
   const Fate fate = fateOfScheduled(at);
   forecastPrompt(at);
   return fate;
 }
 
-std::string summaryOf(const Explanation& result) {
-  const ExplainedStep* stop = firstStop(result.steps);
-  const std::string why = stop != nullptr ? stop->detail : "";
-  switch (result.fate) {
+/// The step that settled the fate; null when none held the update back. The lists count only where they decided: a mark
+/// for a forced update goes past them.
+const ExplainedStep* decisiveStop(const Explanation& result) {
+  if (result.fate == Fate::update || result.fate == Fate::prompt || result.fate == Fate::gracePrompt) return nullptr;
+  for (const ExplainedStep& step : result.steps)
+    if (step.verdict == stops && (step.topic != listsTopic || result.fate == Fate::notManaged)) return &step;
+  return nullptr;
+}
+
+std::string summaryOf(Fate fate, const std::string& why) {
+  switch (fate) {
     case Fate::notInCatalog:
       return "The catalog has no such application.";
     case Fate::notManaged:
@@ -192,7 +199,9 @@ Result<Explanation> explain(Explaining& at, const std::string& app, bool runScri
     if (runScripts) at.mac.processes.allow(prepareScript(orEmpty(entry->latestVersionScript)).text);
     at.result.fate = fateOf(at, *entry, runScripts);
   }
-  at.result.summary = summaryOf(at.result);
+  const ExplainedStep* stop = decisiveStop(at.result);
+  if (stop != nullptr) at.result.decidedBy = stop->decidedBy;
+  at.result.summary = summaryOf(at.result.fate, stop != nullptr ? stop->detail : "");
   return std::move(at.result);
 }
 
@@ -204,6 +213,7 @@ struct Document {
   std::optional<std::string> latestVersion;
   std::string verdict;
   std::string summary;
+  std::optional<std::string> decidedBy;
   std::optional<std::string> nextPrompt;
   Steps steps;
   static constexpr auto fields() {
@@ -214,6 +224,7 @@ struct Document {
                       field<&D::latestVersion>("latestVersion"),
                       field<&D::verdict>("verdict"),
                       field<&D::summary>("summary"),
+                      field<&D::decidedBy>("decidedBy"),
                       field<&D::nextPrompt>("nextPrompt"),
                       field<&D::steps>("steps")};
   }
@@ -239,7 +250,7 @@ std::string toText(const Explanation& explanation) {
 
 std::string toJson(const Explanation& e) {
   return encodeJson(Document{e.app, e.identifier, e.installedVersion, e.latestVersion, nameOf(e.fate), e.summary,
-                             e.nextPrompt, e.steps},
+                             e.decidedBy, e.nextPrompt, e.steps},
                     JsonLayout::pretty) +
          "\n";
 }

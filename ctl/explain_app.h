@@ -21,6 +21,7 @@ struct Explanation {
   std::optional<std::string> latestVersion;
   Fate fate = Fate::notInCatalog;
   std::string summary;                    ///< one sentence
+  std::optional<std::string> decidedBy;   ///< of the step that holds it back
   std::optional<std::string> nextPrompt;  ///< earliest, in ISO 8601, where the user has to be asked
   Steps steps;
 };

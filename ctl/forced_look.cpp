@@ -40,7 +40,7 @@ Steps gates(Vorlu& vorlu, const ReceiptData& receipt, const std::string& path) {
 /// What happens with an app in use.
 Fate fateInUse(Vorlu& vorlu, const ReceiptData& receipt, ForcedLook& look, const std::string& path) {
   if (!somebodyAtConsole(vorlu)) {
-    look.steps.push_back(decision("forced: console", false, "", "nobody is logged in who could be asked"));
+    look.steps.push_back(decision("forced: console", false, "console user", "nobody is logged in who could be asked"));
     return Fate::waits;
   }
   const std::int64_t left = deferralsOf(receipt).value_or(0);
