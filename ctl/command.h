@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,5 +24,9 @@ struct Command {
 
 /// Takes `flag` out of the arguments; tells whether it was there.
 bool takeFlag(Arguments& arguments, std::string_view flag);
+
+/// Takes `option` and the word behind it out of the arguments; nothing when it wasn't there. Throws when the word is
+/// missing.
+std::optional<std::string> takeOption(Arguments& arguments, std::string_view option);
 
 }  // namespace vorlu::ctl

@@ -8,7 +8,10 @@
 #include <exception>
 
 #include "ctl/command.h"
+#include "ctl/explain_command.h"
 #include "ctl/lint/lint_command.h"
+#include "ctl/status_command.h"
+#include "ctl/timeline_command.h"
 #include "ctl/version_command.h"
 
 namespace {
@@ -18,6 +21,12 @@ using namespace vorlu::ctl;
 constexpr std::array commands{
     Command{"lint-catalog", "FILE [--json]", lintCatalogCommand},
     Command{"lint-prefs", "FILE [--json]", lintPrefsCommand},
+    Command{"explain", "APP [--json] [--run-scripts]", explainCommand},
+    Command{"status", "[--json]", statusCommand},
+    Command{"timeline",
+            "--prefs FILE [--days N] [--answers update,defer,ignore,quit] [--start \"YYYY-MM-DD HH:MM\"]\n"
+            "                    [--hours HH:MM-HH:MM] [--release-every DAYS] [--json]",
+            timelineCommand},
     Command{"version", "", versionCommand},
 };
 

@@ -79,7 +79,8 @@ class PromptedRun : public InstallRun {
   std::map<std::string, std::string> running;  ///< process id by name
   bool ignoresQuit = false;
   bool unkillable = false;
-  Seconds closedAt = 0;  ///< when an app was closed last
+  Seconds closedAt = 0;    ///< when an app was closed last
+  Seconds answerTime = 0;  ///< that the user takes for each answer
 
  private:
   std::vector<std::string> namesIn(const Command& command, const char* quoted) {
@@ -104,6 +105,7 @@ class PromptedRun : public InstallRun {
     const bool isAsked = kind == "initial" || kind == "grace";
     const std::string answer = !isAsked || answers.empty() ? "0" : answers.front();
     if (isAsked && !answers.empty()) answers.pop_front();
+    mac.clock.advance(answerTime);
     shown.push_back(isAsked ? kind + " " + answer : kind);
     return answer + "\n";
   }

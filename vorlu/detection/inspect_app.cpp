@@ -2,6 +2,7 @@
 
 #include "vorlu/detection/download_cache.h"
 #include "vorlu/detection/installed_version.h"
+#include "vorlu/detection/letter_case.h"
 #include "vorlu/detection/location.h"
 #include "vorlu/detection/placeholders.h"
 #include "vorlu/detection/version.h"
@@ -9,16 +10,6 @@
 
 namespace vorlu {
 namespace {
-
-/// A version method may declare its app out of scope.
-bool isSkip(std::string_view version) {
-  constexpr std::string_view skip = "skip";
-  if (version.size() != skip.size()) return false;
-  for (std::size_t index = 0; index < skip.size(); ++index) {
-    if (version[index] != skip[index] && version[index] != skip[index] - 'a' + 'A') return false;
-  }
-  return true;
-}
 
 std::string receiptOf(Vorlu& vorlu, const AppBlueprints& entry, CatalogWalk& walk) {
   if (!entry.installReceipts || entry.installReceipts->empty()) return "Unknown";
@@ -39,8 +30,7 @@ bool isAllowed(const AppBlueprints& entry, const CatalogWalk& walk) {
 }
 
 void recordInstalledApp(Vorlu& vorlu, const AppBlueprints& entry, ApplicationInventory app, CatalogWalk& walk) {
-  app.updateRequired = compareVersions(app.latestVersion, app.installedVersion) == 1;
-  const bool inScope = !isSkip(app.installedVersion);
+  const bool inScope = !declaresSkip(app.installedVersion);
   if (!app.updateRequired) {
     purgeCache(vorlu, orEmpty(entry.appName), walk.listings, MissingCache::fine);
   } else if (inScope) {
@@ -57,10 +47,15 @@ CatalogWalk::CatalogWalk(Vorlu& vorlu)
   allowedIdentifiers.insert(allowed.begin(), allowed.end());
 }
 
-bool inspectApp(Vorlu& vorlu, const AppBlueprints& entry, const std::string& latestVersion, CatalogWalk& walk) {
+bool declaresSkip(std::string_view installedVersion) {
+  return isInAnyCase(installedVersion, "skip");
+}
+
+std::optional<ApplicationInventory> lookAtApp(Vorlu& vorlu, const AppBlueprints& entry,
+                                              const std::string& latestVersion, CatalogWalk& walk) {
   const bool cached = listCacheContains(vorlu, orEmpty(entry.appName), walk.listings);
   std::string path = locateApp(vorlu, entry, walk.listings);
-  if (path.empty()) return false;
+  if (path.empty()) return std::nullopt;
   const VersionSource source = versionSourceOf(vorlu, entry, path, walk);
 
   ApplicationInventory app;
@@ -72,7 +67,14 @@ bool inspectApp(Vorlu& vorlu, const AppBlueprints& entry, const std::string& lat
   app.latestVersionReleased = entry.dateReleased.value_or("Unknown");
   app.updateCached = cached;
   app.updatesAllowed = isAllowed(entry, walk);
-  recordInstalledApp(vorlu, entry, std::move(app), walk);
+  app.updateRequired = compareVersions(app.latestVersion, app.installedVersion) == 1;
+  return app;
+}
+
+bool inspectApp(Vorlu& vorlu, const AppBlueprints& entry, const std::string& latestVersion, CatalogWalk& walk) {
+  auto app = lookAtApp(vorlu, entry, latestVersion, walk);
+  if (!app) return false;
+  recordInstalledApp(vorlu, entry, std::move(*app), walk);
   return true;
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
 
+#include "vorlu/detection/app_inventory.h"
 #include "vorlu/detection/directory_listings.h"
 #include "vorlu/detection/processor.h"
 #include "vorlu/server/blueprint.h"
@@ -20,6 +22,13 @@ struct CatalogWalk {
   Processor processor;
   std::unordered_set<std::string_view> allowedIdentifiers;
 };
+
+/// Looks for the app on this computer and changes nothing; nothing when it isn't installed.
+std::optional<ApplicationInventory> lookAtApp(Vorlu& vorlu, const AppBlueprints& entry,
+                                              const std::string& latestVersion, CatalogWalk& walk);
+
+/// Whether a version method has declared its app out of scope.
+bool declaresSkip(std::string_view installedVersion);
 
 /// Looks for the app on this computer and records it in `updates`: in the inventory, and as pending when
 /// `latestVersion` is newer than what is installed; installers of an app that needs none are purged from the cache.

@@ -50,4 +50,10 @@ const std::string& effectiveLatestVersion(const CurrentApp& app, Processor proce
   return versionFor(processor, app.latestVersion, app.latestIntelVersion, app.latestSiliconVersion);
 }
 
+bool lacksBuild(const AppBlueprints& entry, Processor processor) {
+  if (entry.architecture != "arch") return false;
+  if (processor == Processor::silicon) return entry.appleSiliconDownloadURL == "";
+  return processor == Processor::intel && entry.intelDownloadURL == "";
+}
+
 }  // namespace vorlu

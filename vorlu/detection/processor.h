@@ -20,4 +20,8 @@ std::string cpuType(Device& device);
 const std::string& effectiveLatestVersion(const AppBlueprints& entry, Processor processor);
 const std::string& effectiveLatestVersion(const CurrentApp& app, Processor processor);
 
+/// Whether the catalog says of an app built per processor that there is none for this one: a URL that is there but
+/// empty.
+bool lacksBuild(const AppBlueprints& entry, Processor processor);
+
 }  // namespace vorlu

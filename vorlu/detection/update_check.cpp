@@ -21,14 +21,6 @@ void beginLists(UpdateState& updates, Walk kind) {
   if (kind == Walk::full) updates.skippedUpdates.clear();
 }
 
-/// Whether the catalog says of an app built per processor that there is none for this one: a URL that is there but
-/// empty.
-bool lacksBuild(const AppBlueprints& entry, Processor processor) {
-  if (entry.architecture != "arch") return false;
-  if (processor == Processor::silicon) return entry.appleSiliconDownloadURL == "";
-  return processor == Processor::intel && entry.intelDownloadURL == "";
-}
-
 /// Inspects the app unless this processor has no build of it.
 void architectureGate(Vorlu& vorlu, const AppBlueprints& entry, const std::string& latestVersion, CatalogWalk& walk) {
   if (!lacksBuild(entry, walk.processor)) {

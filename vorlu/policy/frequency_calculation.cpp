@@ -4,6 +4,7 @@
 #include <array>
 
 #include "vorlu/detection/letter_case.h"
+#include "vorlu/state/preferences.h"
 
 namespace vorlu {
 namespace {
@@ -88,6 +89,13 @@ PatchDayReason decisionOnOtherDay(std::int64_t lastPatchDayStart, PromptMode mod
   const bool ranSince = activity.lastRun > lastPatchDayStart;
   if (mode == PromptMode::single) return ranSince ? PatchDayReason::madeUpSingle : PatchDayReason::missedSingle;
   return ranSince && activity.userDeferred ? PatchDayReason::deferredSince : PatchDayReason::updatedSince;
+}
+
+PatchDayReason patchDayDecision(const FrequencyCalculation& times, const RunPrefs& prefs,
+                                const UpdateActivity& activity) {
+  const PromptMode mode = promptModeOf(prefs.patchDayFrequency);
+  if (times.today() == prefs.patchDay) return decisionOnPatchDay(times.startOfTodayTime(), mode, activity);
+  return decisionOnOtherDay(times.lastPatchDayStartTime(prefs.patchDay), mode, prefs.missedUpdatePrompt, activity);
 }
 
 SchemeVerdict verdictOf(PatchDayReason reason) {

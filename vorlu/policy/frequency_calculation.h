@@ -8,6 +8,8 @@
 
 namespace vorlu {
 
+struct RunPrefs;
+
 /// How often a user may be asked under `specifyFrequency`.
 struct FrequencyOption {
   std::string_view lowered;  ///< value of `frequencyOption`, which may come in any letter case
@@ -81,6 +83,9 @@ enum class PatchDayReason {
 PatchDayReason decisionOnPatchDay(std::int64_t startOfToday, PromptMode mode, const UpdateActivity& activity);
 PatchDayReason decisionOnOtherDay(std::int64_t lastPatchDayStart, PromptMode mode, bool missedUpdatePrompt,
                                   const UpdateActivity& activity);
+/// That of today, whichever day it is.
+PatchDayReason patchDayDecision(const FrequencyCalculation& times, const RunPrefs& prefs,
+                                const UpdateActivity& activity);
 SchemeVerdict verdictOf(PatchDayReason reason);
 
 }  // namespace vorlu

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "vorlu/policy/deferral_window.h"
-#include "vorlu/policy/frequency_calculation.h"
 #include "vorlu/policy/weekday.h"
 #include "vorlu/state/receipts.h"
 #include "vorlu/vorlu.h"
@@ -12,10 +11,6 @@ namespace vorlu {
 namespace {
 
 constexpr std::chrono::seconds pause{1};
-
-UpdateActivity activityAtStart(Vorlu& vorlu) {
-  return {vorlu.runData.kept(&RunDataFile::LastRun), vorlu.runData.kept(&RunDataFile::UserDeferred)};
-}
 
 bool goesOn(Vorlu& vorlu, SchemeVerdict verdict, bool patchDay) {
   if (verdict == SchemeVerdict::askDeferralWindow) return checkDeferralWindow(vorlu, patchDay);
@@ -133,15 +128,12 @@ bool patchDayScheme(Vorlu& vorlu, const RunPrefs& prefs) {
   const std::string patchDay = weekdayName(prefs.patchDay);
   const std::string today = weekdayName(times.today());
   vorlu.log(fmt::format("{} has been configured as the cached update patch day", patchDay));
-  PatchDayReason reason;
+  const PatchDayReason reason = patchDayDecision(times, prefs, activityAtStart(vorlu));
   if (times.today() == prefs.patchDay) {
     vorlu.log(fmt::format("Today ({}) is the cofigured patch day ({}).", today, patchDay));
     removeMissedUpdateReceipt(vorlu);
-    reason = decisionOnPatchDay(times.startOfTodayTime(), mode, activityAtStart(vorlu));
     logOnPatchDay(vorlu.log, reason);
   } else {
-    reason = decisionOnOtherDay(times.lastPatchDayStartTime(prefs.patchDay), mode, prefs.missedUpdatePrompt,
-                                activityAtStart(vorlu));
     logOnOtherDay(vorlu.log, reason, mode, today, patchDay);
   }
   applyPatchDayReason(vorlu, reason);
@@ -149,6 +141,10 @@ bool patchDayScheme(Vorlu& vorlu, const RunPrefs& prefs) {
 }
 
 }  // namespace
+
+UpdateActivity activityAtStart(Vorlu& vorlu) {
+  return {vorlu.runData.kept(&RunDataFile::LastRun), vorlu.runData.kept(&RunDataFile::UserDeferred)};
+}
 
 bool passesSchemeGate(Vorlu& vorlu) {
   const RunPrefs& prefs = vorlu.preferences.scheduled().runFrequency;

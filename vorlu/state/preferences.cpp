@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "vorlu/state/preferences_path.h"
 #include "vorlu/state/property_list.h"
 
 namespace vorlu {
@@ -41,16 +42,19 @@ DayLimits RunLimits::day(int weekday) const {
   }
 }
 
+std::optional<std::string> preferencesPath(Platform& platform) {
+  for (std::string& path : searchPaths(platform.consoleUser.name()))
+    if (platform.files.exists(path)) return std::move(path);
+  return std::nullopt;
+}
+
 CustomPrefs loadPreferences(Platform& platform, Log& log) {
-  for (const std::string& path : searchPaths(platform.consoleUser.name())) {
-    if (!platform.files.exists(path)) continue;
-    const Result<std::string> bytes = platform.files.read(path);
-    if (!bytes) return {};
-    Result<CustomPrefs> prefs = decodePropertyList<CustomPrefs>(*bytes);
-    if (prefs) return std::move(*prefs);
-    log(fmt::format("Error whilst decoding custom preferences: {}", prefs.error()));
-    return {};
-  }
+  const auto path = preferencesPath(platform);
+  const Result<std::string> bytes = path ? platform.files.read(*path) : Result<std::string>(Failure{});
+  if (!bytes) return {};
+  Result<CustomPrefs> prefs = decodePropertyList<CustomPrefs>(*bytes);
+  if (prefs) return std::move(*prefs);
+  log(fmt::format("Error whilst decoding custom preferences: {}", prefs.error()));
   return {};
 }
 
