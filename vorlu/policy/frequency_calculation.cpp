@@ -4,6 +4,7 @@
 #include <array>
 
 #include "vorlu/detection/letter_case.h"
+#include "vorlu/state/preferences.h"
 
 namespace vorlu {
 namespace {
@@ -61,6 +62,12 @@ FrequencyReason frequencyDecision(std::int64_t cutoff, PromptMode mode, const Up
   return mode == PromptMode::single ? FrequencyReason::deferredSingle : FrequencyReason::deferredRecurring;
 }
 
+FrequencyReason frequencyDecision(const FrequencyCalculation& times, const RunPrefs& prefs,
+                                  const UpdateActivity& activity) {
+  return frequencyDecision(times.frequencyCutoffTime(prefs.frequencyOption), promptModeOf(prefs.frequencyElapsedMode),
+                           activity);
+}
+
 SchemeVerdict verdictOf(FrequencyReason reason) {
   switch (reason) {
     case FrequencyReason::noActivity:
@@ -88,6 +95,13 @@ PatchDayReason decisionOnOtherDay(std::int64_t lastPatchDayStart, PromptMode mod
   const bool ranSince = activity.lastRun > lastPatchDayStart;
   if (mode == PromptMode::single) return ranSince ? PatchDayReason::madeUpSingle : PatchDayReason::missedSingle;
   return ranSince && activity.userDeferred ? PatchDayReason::deferredSince : PatchDayReason::updatedSince;
+}
+
+PatchDayReason patchDayDecision(const FrequencyCalculation& times, const RunPrefs& prefs,
+                                const UpdateActivity& activity) {
+  const PromptMode mode = promptModeOf(prefs.patchDayFrequency);
+  if (times.today() == prefs.patchDay) return decisionOnPatchDay(times.startOfTodayTime(), mode, activity);
+  return decisionOnOtherDay(times.lastPatchDayStartTime(prefs.patchDay), mode, prefs.missedUpdatePrompt, activity);
 }
 
 SchemeVerdict verdictOf(PatchDayReason reason) {

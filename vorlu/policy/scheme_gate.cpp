@@ -29,11 +29,10 @@ bool frequencyScheme(Vorlu& vorlu, const RunPrefs& prefs) {
                           prefs.frequencyOption));
     return true;
   }
-  const std::int64_t cutoff = FrequencyCalculation(vorlu.platform.clock).frequencyCutoffTime(prefs.frequencyOption);
+  const FrequencyCalculation times(vorlu.platform.clock);
   vorlu.log(option->interval);
   vorlu.platform.clock.sleep(pause);
-  const FrequencyReason reason =
-      frequencyDecision(cutoff, promptModeOf(prefs.frequencyElapsedMode), activityAtStart(vorlu));
+  const FrequencyReason reason = frequencyDecision(times, prefs, activityAtStart(vorlu));
   switch (reason) {
     case FrequencyReason::noActivity:
       vorlu.log(fmt::format("No updates have occurred in the last {}. Continuing...", option->period));
@@ -133,15 +132,12 @@ bool patchDayScheme(Vorlu& vorlu, const RunPrefs& prefs) {
   const std::string patchDay = weekdayName(prefs.patchDay);
   const std::string today = weekdayName(times.today());
   vorlu.log(fmt::format("{} has been configured as the cached update patch day", patchDay));
-  PatchDayReason reason;
+  const PatchDayReason reason = patchDayDecision(times, prefs, activityAtStart(vorlu));
   if (times.today() == prefs.patchDay) {
     vorlu.log(fmt::format("Today ({}) is the cofigured patch day ({}).", today, patchDay));
     removeMissedUpdateReceipt(vorlu);
-    reason = decisionOnPatchDay(times.startOfTodayTime(), mode, activityAtStart(vorlu));
     logOnPatchDay(vorlu.log, reason);
   } else {
-    reason = decisionOnOtherDay(times.lastPatchDayStartTime(prefs.patchDay), mode, prefs.missedUpdatePrompt,
-                                activityAtStart(vorlu));
     logOnOtherDay(vorlu.log, reason, mode, today, patchDay);
   }
   applyPatchDayReason(vorlu, reason);

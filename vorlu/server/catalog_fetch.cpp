@@ -147,13 +147,10 @@ void loadOfflineCatalog(Vorlu& vorlu) {
 
 bool isServerDue(Vorlu& vorlu) {
   Clock& clock = vorlu.platform.clock;
-  const Seconds now = clock.now();
-  const auto window = catalogWindowAt(clock.fields(now, Zone::london).hour);
-  if (!window) return false;
   // The file as it stands: a run that stamped the window already isn't due again.
   const Result<RunDataFile> file = loadRunData(vorlu.platform.files);
   const std::int64_t stamp = file ? file->LastServerTimestamp.value_or(0) : 0;
-  if (isTimestampInWindow(clock, stamp, window->startHour, window->endHour, now)) return false;
+  if (!isCatalogDue(clock, stamp, clock.now())) return false;
   updateRunData(vorlu, RunDataSelector::lastServerTimestamp);
   return true;
 }
