@@ -4,6 +4,7 @@
 #include <plist/plist.h>
 #include <simdjson.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -64,7 +65,7 @@ std::vector<Entry> decode(const std::string& catalogFile) {
   std::vector<Entry> entries;
   for (auto element : document.get_array()) {
     Entry& entry = entries.emplace_back();
-    for (auto member : element.get_object()) decodeMember(member.value(), entry);
+    for (simdjson::ondemand::field member : element.get_object()) decodeMember(member, entry);
   }
   return entries;
 }
