@@ -21,8 +21,7 @@
 #include "vorlu/install/download.h"
 #include "vorlu/install/placement.h"
 #include "vorlu/platform/linux/linux_platform.h"
-#include "vorlu/server/blueprint.h"
-#include "vorlu/state/json.h"
+#include "vorlu/server/catalog_fetch.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/vorlu.h"
 
@@ -35,7 +34,7 @@ using Words = std::vector<std::string>;
 int decode(Vorlu& vorlu, const Words& words) {
   auto text = vorlu.platform.files.read(words[0]);
   if (!text) return 1;
-  const auto entries = decodeJson<std::vector<AppBlueprints>>(std::move(*text));
+  const auto entries = decodeCatalog(std::move(*text));
   if (entries) fmt::print("{} entries\n", entries->size());
   return entries ? 0 : 1;
 }
