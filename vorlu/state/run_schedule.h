@@ -11,8 +11,8 @@ inline constexpr std::int64_t reportInterval = 3600;
 
 /// How many lengths the time between two hourly checks has.
 inline constexpr std::uint32_t hourlyDraws = 18;
-/// Seconds from one hourly check to the next: 63 to 80 minutes, by a number from 0 to `hourlyDraws` - 1 drawn at random,
-/// so that a fleet's calls to the server spread over time.
+/// Seconds from one hourly check to the next: 63 to 80 minutes, by a number from 0 to `hourlyDraws` - 1 drawn at
+/// random, so that a fleet's calls to the server spread over time.
 std::int64_t hourlyInterval(std::int64_t draw);
 
 enum class HourlyStep { disabled, early, due };
