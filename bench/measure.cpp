@@ -1,6 +1,7 @@
-// Runs commands in turn and prints the median of what each used: processor and wall time in milliseconds, and peak
-// memory in kilobytes. The processor time is the command's own, or with --family that of the programs it started as
-// well. Before each run comes, unmeasured, the shell line that --before gives.
+// Runs two commands in turn and prints on one line the median of what each used, processor and wall time in
+// milliseconds and peak memory in kilobytes, then the medians of what A used for one of B in each pair of runs:
+// processor and wall time. The processor time is the command's own with all its threads, or with --family that of the
+// programs it started as well. Before each run comes, unmeasured, the shell line that --before gives.
 //
 //   bench-measure [--family] [--before LINE] RUNS COMMAND_A … -- COMMAND_B …
 
@@ -13,8 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <string>
+#include <ctime>
 #include <vector>
 
 namespace {
@@ -31,12 +31,15 @@ double now() {
   return 1e3 * static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_nsec);
 }
 
-/// Nanoseconds on a processor of every thread that the process still has; it has ended but isn't reaped.
+/// Of all threads that a process had. It has ended but isn't reaped.
 double ownCpu(pid_t pid) {
-  std::ifstream in("/proc/" + std::to_string(pid) + "/schedstat");
-  double nanoseconds = 0;
-  in >> nanoseconds;
-  return nanoseconds / 1e6;
+  clockid_t clock{};
+  timespec time{};
+  if (clock_getcpuclockid(pid, &clock) != 0 || clock_gettime(clock, &time) != 0) {
+    std::fprintf(stderr, "the processor time of %d can't be read\n", pid);
+    std::exit(1);
+  }
+  return 1e3 * static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_nsec);
 }
 
 double milliseconds(const timeval& time) {
@@ -84,11 +87,26 @@ double median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-template <class Field>
-double medianOf(const std::vector<Run>& runs, Field field) {
-  std::vector<double> values;
-  for (const Run& run : runs) values.push_back(static_cast<double>(run.*field));
-  return median(values);
+void printMedians(const std::vector<Run>& runs) {
+  std::vector<double> cpu;
+  std::vector<double> wall;
+  std::vector<double> peak;
+  for (const Run& run : runs) {
+    cpu.push_back(run.cpu);
+    wall.push_back(run.wall);
+    peak.push_back(static_cast<double>(run.peak));
+  }
+  std::printf("%.2f %.2f %.0f ", median(cpu), median(wall), median(peak));
+}
+
+void printRatios(const std::vector<Run>& first, const std::vector<Run>& second) {
+  std::vector<double> cpu;
+  std::vector<double> wall;
+  for (std::size_t pair = 0; pair < first.size(); ++pair) {
+    cpu.push_back(first[pair].cpu / second[pair].cpu);
+    wall.push_back(first[pair].wall / second[pair].wall);
+  }
+  std::printf("%.3f %.3f\n", median(cpu), median(wall));
 }
 
 }  // namespace
@@ -101,7 +119,7 @@ int main(int argc, char** argv) {
     if (std::strcmp(argv[first], "--before") == 0 && first + 1 < argc) options.before = argv[++first];
   }
   if (argc < first + 2) {
-    std::fputs("usage: bench-measure [--family] [--before LINE] RUNS COMMAND_A … [-- COMMAND_B …]\n", stderr);
+    std::fputs("usage: bench-measure [--family] [--before LINE] RUNS COMMAND_A … -- COMMAND_B …\n", stderr);
     return 2;
   }
   std::vector<std::vector<char*>> commands(1);
@@ -115,6 +133,10 @@ int main(int argc, char** argv) {
   }
   commands.back().push_back(nullptr);
   const int runs = std::atoi(argv[first]);
+  if (runs < 1 || commands.size() != 2) {
+    std::fputs("bench-measure: wants a number of runs and two commands\n", stderr);
+    return 2;
+  }
   std::vector<std::vector<Run>> results(commands.size());
   for (int run = -1; run < runs; ++run) {  // the first of each isn't counted
     for (std::size_t index = 0; index < commands.size(); ++index) {
@@ -122,9 +144,7 @@ int main(int argc, char** argv) {
       if (run >= 0) results[index].push_back(result);
     }
   }
-  for (const auto& result : results) {
-    std::printf("%.2f %.2f %.0f\n", medianOf(result, &Run::cpu), medianOf(result, &Run::wall),
-                medianOf(result, &Run::peak));
-  }
+  for (const auto& result : results) printMedians(result);
+  printRatios(results[0], results[1]);
   return 0;
 }

@@ -6,6 +6,7 @@
 #include "vorlu/policy/update_check_flow.h"
 #include "vorlu/reporting/report.h"
 #include "vorlu/state/end_run.h"
+#include "vorlu/state/run_schedule.h"
 #include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
 
@@ -23,12 +24,14 @@ void forcedStep(Vorlu& vorlu) {
 void hourlyStep(Vorlu& vorlu) {
   vorlu.modes.hourlyMode = true;
   vorlu.modes.runStage = "BackgroundUpdates";
-  if (!vorlu.preferences.general().hourlyCheck) {
-    vorlu.log("Hourly update checks are disabled, skipping update check");
-  } else if (vorlu.runData.kept(&RunDataFile::NextUpdateAttempt) >= vorlu.runData.now) {
-    vorlu.log("Not enough time has elapsed since the last hourly update attempt");
-  } else {
-    updateCheckFlow(vorlu, true);
+  switch (hourlyStepAt(vorlu.runData.now, vorlu.preferences.general().hourlyCheck,
+                       vorlu.runData.kept(&RunDataFile::NextUpdateAttempt))) {
+    case HourlyStep::disabled:
+      return vorlu.log("Hourly update checks are disabled, skipping update check");
+    case HourlyStep::early:
+      return vorlu.log("Not enough time has elapsed since the last hourly update attempt");
+    case HourlyStep::due:
+      return updateCheckFlow(vorlu, true);
   }
 }
 

@@ -62,6 +62,12 @@ FrequencyReason frequencyDecision(std::int64_t cutoff, PromptMode mode, const Up
   return mode == PromptMode::single ? FrequencyReason::deferredSingle : FrequencyReason::deferredRecurring;
 }
 
+FrequencyReason frequencyDecision(const FrequencyCalculation& times, const RunPrefs& prefs,
+                                  const UpdateActivity& activity) {
+  return frequencyDecision(times.frequencyCutoffTime(prefs.frequencyOption), promptModeOf(prefs.frequencyElapsedMode),
+                           activity);
+}
+
 SchemeVerdict verdictOf(FrequencyReason reason) {
   switch (reason) {
     case FrequencyReason::noActivity:

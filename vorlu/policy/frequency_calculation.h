@@ -63,6 +63,9 @@ enum class SchemeVerdict {
 
 enum class FrequencyReason { noActivity, deferredSingle, deferredRecurring, updated };
 FrequencyReason frequencyDecision(std::int64_t cutoff, PromptMode mode, const UpdateActivity& activity);
+/// The same by the profile's keys.
+FrequencyReason frequencyDecision(const FrequencyCalculation& times, const RunPrefs& prefs,
+                                  const UpdateActivity& activity);
 SchemeVerdict verdictOf(FrequencyReason reason);
 
 enum class PatchDayReason {
@@ -83,7 +86,7 @@ enum class PatchDayReason {
 PatchDayReason decisionOnPatchDay(std::int64_t startOfToday, PromptMode mode, const UpdateActivity& activity);
 PatchDayReason decisionOnOtherDay(std::int64_t lastPatchDayStart, PromptMode mode, bool missedUpdatePrompt,
                                   const UpdateActivity& activity);
-/// That of today, whichever day it is.
+/// One of both, by the profile's keys and the day it is.
 PatchDayReason patchDayDecision(const FrequencyCalculation& times, const RunPrefs& prefs,
                                 const UpdateActivity& activity);
 SchemeVerdict verdictOf(PatchDayReason reason);

@@ -24,11 +24,10 @@ bool frequencyScheme(Vorlu& vorlu, const RunPrefs& prefs) {
                           prefs.frequencyOption));
     return true;
   }
-  const std::int64_t cutoff = FrequencyCalculation(vorlu.platform.clock).frequencyCutoffTime(prefs.frequencyOption);
+  const FrequencyCalculation times(vorlu.platform.clock);
   vorlu.log(option->interval);
   vorlu.platform.clock.sleep(pause);
-  const FrequencyReason reason =
-      frequencyDecision(cutoff, promptModeOf(prefs.frequencyElapsedMode), activityAtStart(vorlu));
+  const FrequencyReason reason = frequencyDecision(times, prefs, activityAtStart(vorlu));
   switch (reason) {
     case FrequencyReason::noActivity:
       vorlu.log(fmt::format("No updates have occurred in the last {}. Continuing...", option->period));

@@ -14,6 +14,7 @@
 #include "vorlu/state/agent_version.h"
 #include "vorlu/state/end_run.h"
 #include "vorlu/state/format_date.h"
+#include "vorlu/state/run_schedule.h"
 #include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
 
@@ -121,12 +122,10 @@ void buildAndSubmitReport(Vorlu& vorlu) {
 }
 
 void reportStep(Vorlu& vorlu, std::int64_t reportDue) {
-  if (vorlu.updates.hourlyCheckRan || vorlu.updates.updatesRan) {
-    buildAndSubmitReport(vorlu);
-    runJamfInventory(vorlu);
-  } else if (reportDue < vorlu.runData.now) {
-    buildAndSubmitReport(vorlu);
-  }
+  const bool worked = vorlu.updates.hourlyCheckRan || vorlu.updates.updatesRan;
+  const ReportStep step = reportStepAt(vorlu.runData.now, worked, reportDue);
+  if (step != ReportStep::none) buildAndSubmitReport(vorlu);
+  if (step == ReportStep::reportAndInventory) runJamfInventory(vorlu);
 }
 
 }  // namespace vorlu

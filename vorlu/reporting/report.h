@@ -7,9 +7,6 @@ namespace vorlu {
 struct ReportData;
 struct Vorlu;
 
-/// How long after a report the next is due, in seconds.
-inline constexpr std::int64_t reportInterval = 3600;
-
 /// Everything that the report tells. Measures the network anew and brings LastUser and LastCompliant up to date. Logs
 /// its steps; what can't be found out fails nothing.
 ReportData collectReport(Vorlu& vorlu);

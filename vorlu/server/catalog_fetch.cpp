@@ -17,6 +17,8 @@
 namespace vorlu {
 namespace {
 
+constexpr std::size_t usualEntryBytes = 1024;  // of JSON; few entries are shorter
+
 const Ownership copyOwnership{0644, "root", "wheel"};
 
 /// Whether the local copy is to be used. A testing run and the marker file win over everything else, but only after the
@@ -81,7 +83,7 @@ Status replaceLocalCopy(FileManager& files, const std::vector<AppBlueprints>& en
 
 /// Takes over a server's answer, whatever its status was: what counts is that it decodes.
 Status acceptCatalog(Vorlu& vorlu, std::string body) {
-  auto entries = decodeJson<std::vector<AppBlueprints>>(std::move(body));
+  auto entries = decodeCatalog(std::move(body));
   if (!entries) return entries.failure();
   if (!vorlu.modes.testingBlueprints) {
     Status kept = replaceLocalCopy(vorlu.platform.files, *entries);
@@ -126,6 +128,19 @@ void fetchCatalog(Vorlu& vorlu, bool skipWindowCheck) {
   fallBack(vorlu);
 }
 
+Result<std::vector<AppBlueprints>> decodeCatalog(std::string text) {
+  std::vector<AppBlueprints> entries;
+  // An entry takes kilobytes in memory: a list that grows moves them again and again. Room that isn't used stays
+  // virtual.
+  entries.reserve(text.size() / usualEntryBytes);
+  const Status decoded = readJson(text, [&entries](Node& root) {
+    CodingPath path;
+    decodeValue(entries, root, path);
+  });
+  if (!decoded) return decoded.failure();
+  return entries;
+}
+
 void loadOfflineCatalog(Vorlu& vorlu) {
   FileManager& files = vorlu.platform.files;
   if (!files.exists(paths::offlineData)) {
@@ -139,21 +154,17 @@ void loadOfflineCatalog(Vorlu& vorlu) {
                           contact));
   }
   Result<std::string> text = files.read(paths::offlineData);
-  auto entries = text ? decodeJson<std::vector<AppBlueprints>>(std::move(*text))
-                      : Result<std::vector<AppBlueprints>>(text.failure());
+  auto entries = text ? decodeCatalog(std::move(*text)) : Result<std::vector<AppBlueprints>>(text.failure());
   if (!entries) fatalStop(vorlu, fmt::format("Error: Offline JSON Data decode failed - {}", entries.error()));
   vorlu.catalog.entries = std::move(*entries);
 }
 
 bool isServerDue(Vorlu& vorlu) {
   Clock& clock = vorlu.platform.clock;
-  const Seconds now = clock.now();
-  const auto window = catalogWindowAt(clock.fields(now, Zone::london).hour);
-  if (!window) return false;
   // The file as it stands: a run that stamped the window already isn't due again.
   const Result<RunDataFile> file = loadRunData(vorlu.platform.files);
   const std::int64_t stamp = file ? file->LastServerTimestamp.value_or(0) : 0;
-  if (isTimestampInWindow(clock, stamp, window->startHour, window->endHour, now)) return false;
+  if (!isCatalogDue(clock, stamp, clock.now())) return false;
   updateRunData(vorlu, RunDataSelector::lastServerTimestamp);
   return true;
 }

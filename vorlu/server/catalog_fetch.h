@@ -1,6 +1,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
+
+#include "vorlu/platform/result.h"
+#include "vorlu/server/blueprint.h"
 
 namespace vorlu {
 
@@ -9,6 +13,9 @@ struct Vorlu;
 /// Fills `catalog`: from the server when a window is due, else from the local copy. Ends the run with 1 when neither
 /// gives a catalog. With `skipWindowCheck` the caller's `offlineMode` decides.
 void fetchCatalog(Vorlu& vorlu, bool skipWindowCheck);
+
+/// The entries of a catalog's JSON.
+Result<std::vector<AppBlueprints>> decodeCatalog(std::string text);
 
 /// Fills `catalog` from the local copy or ends the run with 1.
 void loadOfflineCatalog(Vorlu& vorlu);

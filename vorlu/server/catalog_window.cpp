@@ -17,4 +17,9 @@ bool isTimestampInWindow(Clock& clock, std::int64_t timestamp, int startHour, in
   return moment >= *start && moment < *end;
 }
 
+bool isCatalogDue(Clock& clock, std::int64_t lastAsked, Seconds now) {
+  const auto window = catalogWindowAt(clock.fields(now, Zone::london).hour);
+  return window && !isTimestampInWindow(clock, lastAsked, window->startHour, window->endHour, now);
+}
+
 }  // namespace vorlu

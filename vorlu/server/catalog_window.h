@@ -20,4 +20,7 @@ std::optional<CatalogWindow> catalogWindowAt(int londonHour);
 /// Whether `timestamp` (seconds since the epoch) lies between two hours of the day of `now` in London.
 bool isTimestampInWindow(Clock& clock, std::int64_t timestamp, int startHour, int endHour, Seconds now);
 
+/// Whether the catalog's server is asked at `now`: once in each window, by when it was asked last.
+bool isCatalogDue(Clock& clock, std::int64_t lastAsked, Seconds now);
+
 }  // namespace vorlu

@@ -130,6 +130,10 @@ std::optional<std::int64_t> fetchCertificateTimestamp(Vorlu& vorlu) {
   return answer->timestamp;
 }
 
+bool isRefreshDue(std::int64_t lastRefresh, std::int64_t lastChange) {
+  return lastRefresh < lastChange;
+}
+
 CertificateRefresh refreshCertificates(Vorlu& vorlu) {
   std::int64_t timestamp = fetchCertificateTimestamp(vorlu).value_or(0);
   if (timestamp == 0) {
@@ -139,7 +143,8 @@ CertificateRefresh refreshCertificates(Vorlu& vorlu) {
   if (timestamp == 0) {
     vorlu.log("Warning: Could not obtain the last certificate modification timestamp from the Vorlu server");
   }
-  if (vorlu.runData.kept(&RunDataFile::SecretsTimestamp) >= timestamp) return CertificateRefresh::notNeeded;
+  if (!isRefreshDue(vorlu.runData.kept(&RunDataFile::SecretsTimestamp), timestamp))
+    return CertificateRefresh::notNeeded;
   vorlu.log("Updating Vorlu certificates...");
   populateKeychain(vorlu, true);
   if (vorlu.keys.keychainWriteFailed) return CertificateRefresh::failed;

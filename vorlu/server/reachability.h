@@ -22,6 +22,9 @@ bool checkInternetConnection(Vorlu& vorlu);
 /// Time stamp of the last certificate change, seconds since 1970; nothing, with a logged warning, when it can't be had.
 std::optional<std::int64_t> fetchCertificateTimestamp(Vorlu& vorlu);
 
+/// Whether the key material was fetched before the server's certificates changed last; both seconds since 1970.
+bool isRefreshDue(std::int64_t lastRefresh, std::int64_t lastChange);
+
 enum class CertificateRefresh { notNeeded, done, failed };
 /// Asks for the server's time stamp, twice with a pause of 5 seconds, and fetches the key material anew when it is
 /// newer than `SecretsTimestamp`.

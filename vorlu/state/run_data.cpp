@@ -10,6 +10,7 @@
 #include "vorlu/state/paths.h"
 #include "vorlu/state/property_list.h"
 #include "vorlu/state/random_number.h"
+#include "vorlu/state/run_schedule.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -28,11 +29,6 @@ struct Change {
 std::string deferralLimit(Vorlu& vorlu) {
   if (!vorlu.runData.deferralLimitText.empty()) return vorlu.runData.deferralLimitText;
   return std::to_string(vorlu.preferences.scheduled().deferralConfiguration.specifyLimit);
-}
-
-/// 63 to 80 minutes, so that a fleet's calls to the server spread over time.
-std::int64_t hourlyInterval(Security& security) {
-  return 3600 + 60 * (3 + randomBelow(security, 18));
 }
 
 std::vector<Change> changes(Vorlu& vorlu, RunDataSelector selector) {
@@ -54,7 +50,7 @@ std::vector<Change> changes(Vorlu& vorlu, RunDataSelector selector) {
     case RunDataSelector::lastKeyPrompt:
       return {{"LastKeyPrompt", data.now}};
     case RunDataSelector::nextUpdateAttempt:
-      return {{"NextUpdateAttempt", data.now + hourlyInterval(vorlu.platform.security)}};
+      return {{"NextUpdateAttempt", data.now + hourlyInterval(randomBelow(vorlu.platform.security, hourlyDraws))}};
     case RunDataSelector::currentRunType:
       return {{"CurrentRunType", data.currentRunType}};
     case RunDataSelector::lastIconCheck:
