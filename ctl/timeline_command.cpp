@@ -132,7 +132,7 @@ std::optional<std::int64_t> parseMoment(Clock& clock, const std::string& text) {
       static_cast<Seconds>(std::chrono::sys_seconds(std::chrono::sys_days(date)).time_since_epoch().count() + 43200);
   if (clock.fields(noon, Zone::local).day != day) noon -= 43200;  // far in the east
   const auto moment = clock.hourOfDay(noon, hour, Zone::local);
-  return moment ? std::optional(static_cast<std::int64_t>(*moment) + minute * 60) : std::nullopt;
+  return moment ? std::optional(static_cast<std::int64_t>(*moment) + std::int64_t{minute} * 60) : std::nullopt;
 }
 
 Answer timelineCommand(const Arguments& given) {
