@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "ctl/explained_step.h"
+#include "ctl/lint/preferences_payload.h"
 #include "ctl/rehearsal_mac.h"
 #include "ctl/timeline.h"
 #include "vorlu/state/json.h"
@@ -73,7 +74,7 @@ RehearsalPlan planOf(Arguments& arguments) {
   RehearsalPlan plan;
   const auto prefs = takeOption(arguments, "--prefs");
   if (!prefs) throw std::invalid_argument("name the profile with --prefs FILE");
-  plan.preferences = readFile(*prefs);
+  plan.preferences = deliveredList(readFile(*prefs));
   if (const auto days = takeOption(arguments, "--days")) plan.days = numberOf("--days", *days, 1, longest);
   if (const auto answers = takeOption(arguments, "--answers")) plan.answers = answersOf(*answers);
   if (const auto hours = takeOption(arguments, "--hours")) setHours(plan, *hours);

@@ -5,7 +5,10 @@
 #include <algorithm>
 #include <array>
 
+#include "ctl/lint/property_list_source.h"
 #include "ctl/lint/spelling.h"
+#include "vorlu/state/preferences.h"
+#include "vorlu/state/property_list.h"
 
 namespace vorlu::ctl {
 namespace {
@@ -141,6 +144,15 @@ std::vector<SettingsInFile> settingsOf(const LocatedValue& root, Findings& findi
   }
   if (isProfile(root)) return ProfileReader(findings).read(root);
   return {{root, ""}};
+}
+
+std::string deliveredList(const std::string& bytes) {
+  Findings unused;
+  const std::optional<LocatedValue> root = readLocatedPropertyList(bytes, unused);
+  if (!root) return bytes;
+  const std::vector<SettingsInFile> found = settingsOf(*root, unused);
+  const bool isInProfile = !found.empty() && !found.front().path.empty();
+  return isInProfile ? encodePropertyList(decodeLocated<CustomPrefs>(found.front().value)) : bytes;
 }
 
 }  // namespace vorlu::ctl

@@ -17,4 +17,8 @@ struct SettingsInFile {
 /// domain or as a custom settings payload that forces the domain. Profiles without them are findings.
 std::vector<SettingsInFile> settingsOf(const LocatedValue& root, Findings& findings);
 
+/// What a Mac with this file would hold for the agent: of a configuration profile the list that it delivers, of any other
+/// file the file itself. Values of a wrong type throw a DecodingError.
+std::string deliveredList(const std::string& bytes);
+
 }  // namespace vorlu::ctl

@@ -31,9 +31,9 @@ struct GeneralOptionPrefs {
   template <class P = GeneralOptionPrefs>
   static constexpr auto keys() {
     return std::tuple{
-        field<&P::publicKey>(
-            "publicKey",
-            {.help = "Public key of the reports' owner, PEM text or its Base64 body; without it no report is sent."}),
+        field<&P::publicKey>("publicKey", {.help = "Public key of the reports' owner: the Base64 of its DER on one "
+                                                   "line, as vorlu-server keygen prints it; without it "
+                                                   "no report is sent."}),
         field<&P::hourlyCheck>("hourlyCheck", {.help = "Lets --update run look for updates about once an hour and "
                                                        "install those of apps that are not in use."}),
         field<&P::updatePrompts>(
