@@ -63,8 +63,10 @@ std::vector<Entry> decode(const std::string& catalogFile) {
   simdjson::ondemand::parser parser;
   simdjson::ondemand::document document = parser.iterate(text.value());
   std::vector<Entry> entries;
+  entries.reserve(text.value_unsafe().size() / 1024);
   for (auto element : document.get_array()) {
     Entry& entry = entries.emplace_back();
+    entry.texts.reserve(64);  // about as many as an entry has
     for (simdjson::ondemand::field member : element.get_object()) decodeMember(member, entry);
   }
   return entries;
