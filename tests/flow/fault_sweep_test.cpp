@@ -190,17 +190,24 @@ struct FaultSweep : ServerFixture, testing::WithParamInterface<Scenario> {
   /// All that lies on the Mac, less what tells of time and faults.
   std::string facts() {
     static const std::regex free(
-        "/private/var/(log|tmp)/.*|.*/(Errors|lastReport(Enc)?|networkQuality)\\.json|.*/Logs(/.*)?|.*\\.UI\\.log|.*\\.corrupt");
-    static const std::regex times("<integer>[0-9]{9,}<|<string>[^<]* 20[0-9]{2}[^<]*<|\"[^\"]* 20[0-9]{2}[^\"]*\"");
+        "/private/var/(log|tmp)/.*|.*/(Errors|lastReport(Enc)?|networkQuality)\\.json|.*/Logs(/.*)?|.*\\.UI\\.log|.*\\.corrupt|"
+        ".*/completeResult");
+    static const std::regex moving(
+        "<integer>[0-9]{9,}<|<string>[^<]* 20[0-9]{2}[^<]*<|\"[^\"]* 20[0-9]{2}[^\"]*\"|"
+        "<key>(LastRun|LastCompliant)</key>\\s*<[^<]*<|\"value\": \"[^\"]+\"");
     std::set<std::string> items;
     for (const auto& entry : fs::recursive_directory_iterator(mac.root())) {
       const std::string path = entry.path().string().substr(mac.root().size());
       if (std::regex_match(path, free)) continue;
       const bool isFile = entry.is_regular_file() && !entry.is_symlink();
-      const std::string text = isFile ? std::regex_replace(readFile(entry.path()), times, "TIME") : "";
-      items.insert(fmt::format("{} {:o} {}", path, static_cast<unsigned>(entry.symlink_status().permissions()), text));
+      const std::string text = isFile ? std::regex_replace(readFile(entry.path()), moving, "*") : "";
+      items.insert(fmt::format("{} {:o} {}", path, modeOf(entry, path), text));
     }
     return fmt::format("{}\n", fmt::join(items, "\n"));
+  }
+  /// A refused mode is logged and leaves the app whole.
+  static unsigned modeOf(const fs::directory_entry& entry, const std::string& path) {
+    return path.starts_with("/Applications/") ? 0 : static_cast<unsigned>(entry.symlink_status().permissions());
   }
   std::string versionOf(const std::string& app) {
     std::string all;
@@ -247,7 +254,7 @@ struct FaultSweep : ServerFixture, testing::WithParamInterface<Scenario> {
   }
   static std::string difference(const std::string& a, const std::string& b) {
     writeFile("/tmp/vorlu-fault-a", a), writeFile("/tmp/vorlu-fault-b", b);
-    return LinuxProcesses().run(commandOf("/usr/bin/diff", {"/tmp/vorlu-fault-b", "/tmp/vorlu-fault-a"})).output;
+    return LinuxProcesses().run(commandOf("/usr/bin/diff", {"-a", "/tmp/vorlu-fault-b", "/tmp/vorlu-fault-a"})).output;
   }
 
   ScriptedUser user;

@@ -15,7 +15,8 @@
 namespace vorlu::test {
 
 /// What a call of the agent to its platform touches; it decides which faults the call can meet.
-enum class Touch : char { look, read, write, child, network };
+/// A download writes, too; what removes, or changes attributes, needs no room.
+enum class Touch : char { look, read, write, change, child, network, download };
 
 /// `full` and `readOnly` stay from their call on; the others pass. A kill ends the process before or after the call.
 enum class Fault { io, full, readOnly, descriptors, interrupted, shortWrite, killedBefore, killedAfter };
@@ -31,18 +32,21 @@ inline constexpr std::pair<Fault, const char*> faults[] = {
 };
 
 inline bool canMeet(Touch touch, Fault fault) {
+  const bool writes = touch == Touch::write || touch == Touch::download;
+  const bool opens = touch == Touch::read || touch == Touch::child || touch == Touch::network || writes;
   switch (fault) {
     case Fault::io:
       return true;
     case Fault::full:
-    case Fault::readOnly:
     case Fault::shortWrite:
-      return touch == Touch::write;
+      return writes;
+    case Fault::readOnly:
+      return writes || touch == Touch::change;
     case Fault::descriptors:
     case Fault::interrupted:
-      return touch != Touch::look;
+      return opens;
     default:
-      return touch == Touch::write || touch == Touch::child || touch == Touch::network;
+      return touch != Touch::look && touch != Touch::read;
   }
 }
 

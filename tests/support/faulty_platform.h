@@ -54,7 +54,7 @@ class FaultyFiles : public FileManager {
     if (files_.isDirectory(path)) return success();
     return pass(Touch::write, path, &FileManager::createDirectory, path, ownership);
   }
-  Status remove(const std::string& path) override { return pass(Touch::write, path, &FileManager::remove, path); }
+  Status remove(const std::string& path) override { return pass(Touch::change, path, &FileManager::remove, path); }
   Status move(const std::string& from, const std::string& to) override {
     return pass(Touch::write, from + " to " + to, &FileManager::move, from, to);
   }
@@ -67,7 +67,7 @@ class FaultyFiles : public FileManager {
   Status syncTree(const std::string& path) override { return pass(Touch::write, path, &FileManager::syncTree, path); }
   Status setOwnership(const std::string& path, std::optional<mode_t> mode, const std::string& owner,
                       const std::string& group) override {
-    return pass(Touch::write, path, &FileManager::setOwnership, path, mode, owner, group);
+    return pass(Touch::change, path, &FileManager::setOwnership, path, mode, owner, group);
   }
   void setHidden(const std::string& path) override { files_.setHidden(path); }
   std::optional<std::int64_t> freeDiskSpace() override {
@@ -81,7 +81,7 @@ class FaultyFiles : public FileManager {
  private:
   template <class Answer, class... Wanted, class... Given>
   Answer pass(Touch touch, const std::string& path, Answer (FileManager::*call)(Wanted...), Given&&... given) {
-    static constexpr const char* names[] = {"looking at ", "reading ", "changing "};
+    static constexpr const char* names[] = {"looking at ", "reading ", "writing ", "changing "};
     return plan_.through(
         touch, names[static_cast<int>(touch)] + path, [&] { return (files_.*call)(given...); },
         [&](int error) -> Answer {
@@ -148,7 +148,7 @@ class FaultyUrls : public UrlSession {
   }
   DownloadReply download(const UrlRequest& request, const std::string& folder) override {
     return plan_.through(
-        Touch::network, request.url, [&] { return urls_.download(request, folder); }, failed<DownloadReply>);
+        Touch::download, request.url, [&] { return urls_.download(request, folder); }, failed<DownloadReply>);
   }
 
  private:
