@@ -9,9 +9,8 @@
 
 #include "tests/support/fault_plan.h"
 #include "tests/support/scripted_processes.h"
-#include "vorlu/platform/file_manager.h"
 #include "vorlu/platform/linux/descriptor.h"
-#include "vorlu/platform/url_session.h"
+#include "vorlu/platform/platform.h"
 
 namespace vorlu::test {
 
@@ -162,5 +161,12 @@ class FaultyUrls : public UrlSession {
   UrlSession& urls_;
   FaultPlan& plan_;
 };
+
+/// The same Mac with other files, children, transfers and keychain.
+inline Platform faultyPlatform(const Platform& mac, FileManager& files, Processes& processes, UrlSession& urls,
+                               Keychain& keychain) {
+  return {mac.clock, files,       processes, urls,             mac.security,  keychain,    mac.consoleUser, mac.device,
+          mac.power, mac.cameras, mac.focus, mac.applications, mac.systemLog, mac.console, mac.webView};
+}
 
 }  // namespace vorlu::test
