@@ -112,6 +112,21 @@ TEST_F(StartUpTest, SetsCorruptRunDataAside) {
   }
 }
 
+TEST_F(StartUpTest, ClearsTheInstallsOfKilledRuns) {
+  mac.write(paths::run + "/placement-777", "/Applications");
+  mac.write("/Applications/.~_--_----__/old/Slides.app/file", "old");
+  mac.write(paths::run + "/images-777", "/a b.dmg\n/gone.dmg\n");
+  mac.write("/a b.dmg", "image");
+  mac.processes.on("/usr/bin/hdiutil attach -nobrowse '/a b.dmg'", {.output = "/dev/disk4\t/Volumes/A\n"});
+  mac.processes.on("/usr/bin/hdiutil detach /Volumes/A", {});
+  freshWithKeys();
+  mac.processes.takeCommands();
+  EXPECT_EQ(start(), std::nullopt);
+  EXPECT_EQ(mac.read("/Applications/Slides.app/file"), "old");
+  EXPECT_THAT(mac.processes.takeCommands(), testing::Contains("/usr/bin/hdiutil detach /Volumes/A"));
+  EXPECT_THAT(*mac.files.list(paths::run), testing::ElementsAre("Downloads", "Output", "runData.plist"));
+}
+
 TEST_F(StartUpTest, RemovesWhatOlderVersionsLeftAndNothingElse) {
   const Lines old = {"/private/var/tmp/com.mosk.vorlu.UI.log", "/Library/Application Support/MOSK/Bin/moskupdate",
                      "/private/etc/paths.d/unused", "/usr/local/unused/unused", "/usr/local/bin/unused"};

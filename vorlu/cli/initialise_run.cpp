@@ -10,6 +10,7 @@
 #include "vorlu/cli/old_installations.h"
 #include "vorlu/detection/version.h"
 #include "vorlu/install/component_update.h"
+#include "vorlu/install/recovery.h"
 #include "vorlu/prompts/error_prompt.h"
 #include "vorlu/server/reachability.h"
 #include "vorlu/server/signed_request.h"
@@ -168,6 +169,7 @@ void initialiseRun(Vorlu& vorlu, const StartUp& startUp) {
 
   if (!requireKeychainItems(vorlu)) stop(vorlu, startUp, "002");
   if (coordinateInstances(vorlu) == Coordination::failed) stop(vorlu, startUp, "003");
+  recoverInstalls(vorlu);  // before anybody looks for apps: one may stand aside
   requireSupportedSystem(vorlu, startUp);
   requireInternet(vorlu, startUp);
   requireComponents(vorlu, startUp);
