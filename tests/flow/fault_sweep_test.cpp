@@ -6,7 +6,10 @@
 #include <iostream>
 #include <regex>
 
-#include "tests/support/faulty_platform.h"
+#include "faults/faulty_files.h"
+#include "faults/faulty_platform.h"
+#include "faults/faulty_processes.h"
+#include "faults/faulty_urls.h"
 #include "tests/support/scripted_user.h"
 #include "tests/unit/install/install_run.h"
 #include "tests/unit/server/server_fixture.h"
@@ -21,6 +24,7 @@ namespace vorlu::test {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace faults;
 
 /// One command of the agent on a Mac with an outdated application.
 struct Scenario {
@@ -179,7 +183,7 @@ struct FaultSweep : ServerFixture, testing::WithParamInterface<Scenario> {
     for (const std::string& line : mac.systemLog.lines())
       if (line.find("unexpected fault") != std::string::npos) return line;
     if (wasQuit && !GetParam().mayBeUpdated) return "the app was quit without consent";
-    if (wasQuit && seen.find("relaunch") == std::string::npos && struck.find("zsh: su") == std::string::npos &&
+    if (wasQuit && seen.find("relaunch") == std::string::npos && struck.find("zsh -c su") == std::string::npos &&
         struck.find("pgrep -x Slides") == std::string::npos)
       return "the app was not opened again";
     const std::string commands = mac.read(paths::dialogCommandFile);
@@ -283,7 +287,7 @@ TEST_P(FaultSweep, LosesNothingAtAnyCall) {
 
   std::vector<std::pair<Fault, int>> points;
   const char* wanted = std::getenv("VORLU_FAULTS");  // "all", a fault's name, or name:call
-  for (const auto& [fault, name] : faults)
+  for (const auto& [fault, name] : allFaults)
     for (int call = 1; call <= clean.calls; ++call)
       if (canMeet(clean.touches[call], fault) &&
           (!wanted || wanted == std::string("all") || fmt::format("{}:{}:", name, call).starts_with(fmt::format("{}:", wanted))))
@@ -294,7 +298,7 @@ TEST_P(FaultSweep, LosesNothingAtAnyCall) {
   for (std::size_t i = 0; i < points.size(); i += step, ++met) {
     const std::string outcome = outcomeOf(points[i]);
     if (outcome.empty() || ++wrong > 40) continue;
-    ADD_FAILURE() << faults[static_cast<int>(points[i].first)].second << ":" << points[i].second << " " << outcome;
+    ADD_FAILURE() << allFaults[static_cast<int>(points[i].first)].second << ":" << points[i].second << " " << outcome;
   }
   std::cout << fmt::format("{}: {} calls, {} of {} points, {} wrong\n", GetParam().name, clean.calls, met,
                            points.size(), wrong);

@@ -169,7 +169,7 @@ void initialiseRun(Vorlu& vorlu, const StartUp& startUp) {
 
   if (!requireKeychainItems(vorlu)) stop(vorlu, startUp, "002");
   if (coordinateInstances(vorlu) == Coordination::failed) stop(vorlu, startUp, "003");
-  recoverInstalls(vorlu);  // before anybody looks for apps: one may stand aside
+  recoverKilledRuns(vorlu);  // before anybody looks for apps: one may stand aside
   requireSupportedSystem(vorlu, startUp);
   requireInternet(vorlu, startUp);
   requireComponents(vorlu, startUp);

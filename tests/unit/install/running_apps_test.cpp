@@ -1,6 +1,7 @@
 #include "vorlu/install/running_apps.h"
 
-#include "tests/support/faulty_platform.h"
+#include "faults/faulty_files.h"
+#include "faults/faulty_platform.h"
 #include "tests/unit/install/install_run.h"
 #include "vorlu/state/shell_line.h"
 
@@ -45,14 +46,14 @@ TEST_F(RunningApps, AsksBySystemTypeAndLists) {
 TEST_F(RunningApps, WhatCannotBeFoundOutCountsAsRunning) {
   install("Slides");
   vorlu.currentApp.appType = "appBundle";
-  FaultPlan plan;
-  FaultyFiles files(mac.files, plan);
-  Platform platform = faultyPlatform(mac.platform(), files, mac.processes, mac.urls, mac.keychain);
+  faults::FaultPlan plan;
+  faults::FaultyFiles files(mac.files, plan);
+  Platform platform = faults::faultyPlatform(mac.platform(), files, mac.processes, mac.urls, mac.keychain);
   Vorlu faulty(platform, site);
   faulty.currentApp.appType = "appBundle";
   mac.applications.running = {"com.example.Slides"};
   for (int call = 1; call <= 4; ++call) {
-    plan.arm(std::pair(Fault::io, call));
+    plan.arm(std::pair(faults::Fault::io, call));
     EXPECT_TRUE(isSelectedAppRunning(faulty, "/Applications/Slides.app", "Slides")) << plan.seen().struck;
   }
   mac.processes.on("/usr/bin/pgrep -x tool", {.starts = false});

@@ -1,18 +1,13 @@
 #pragma once
 
-#include <fmt/format.h>
-
-#include <cstring>
-#include <memory>
 #include <string>
 #include <type_traits>
 
-#include "tests/support/fault_plan.h"
-#include "tests/support/scripted_processes.h"
+#include "faults/fault_plan.h"
+#include "vorlu/platform/file_manager.h"
 #include "vorlu/platform/linux/descriptor.h"
-#include "vorlu/platform/platform.h"
 
-namespace vorlu::test {
+namespace vorlu::faults {
 
 /// Files whose calls meet the plan's fault and are then left undone; a short append leaves its first half.
 class FaultyFiles : public FileManager {
@@ -95,78 +90,4 @@ class FaultyFiles : public FileManager {
   FaultPlan& plan_;
 };
 
-/// Children that can't be started for want of descriptors, are killed when interrupted, and fail otherwise.
-class FaultyProcesses : public Processes {
- public:
-  FaultyProcesses(Processes& processes, FaultPlan& plan) : processes_(processes), plan_(plan) {}
-
-  ProcessResult run(const Command& command) override {
-    return plan_.through(
-        Touch::child, commandLine(command), [&] { return processes_.run(command); },
-        [&](int error) {
-          ProcessResult result;
-          result.started = error != EMFILE;
-          if (error == EMFILE) result.error = systemFailure(command.program, error).text;
-          error == EINTR ? result.signal = SIGKILL : result.status = 1;
-          return result;
-        });
-  }
-  std::unique_ptr<RunningProcess> start(const Command& command) override {
-    struct Ended : RunningProcess {
-      ProcessResult result;
-      bool isRunning() override { return false; }
-      ProcessResult wait() override { return result; }
-    };
-    auto process = std::make_unique<Ended>();
-    process->result = run(command);
-    return process;
-  }
-  std::optional<pid_t> launch(const Command& command) override {
-    return plan_.through(
-        Touch::child, commandLine(command) + " &", [&] { return processes_.launch(command); },
-        [](int) { return std::optional<pid_t>(); });
-  }
-  bool signal(pid_t pid, int signal) override { return processes_.signal(pid, signal); }
-  bool isAlive(pid_t pid) override { return processes_.isAlive(pid); }
-  pid_t ownPid() override { return processes_.ownPid(); }
-  pid_t parentPid() override { return processes_.parentPid(); }
-  std::string userName() override { return processes_.userName(); }
-
- private:
-  Processes& processes_;
-  FaultPlan& plan_;
-};
-
-/// Transfers that end with an error before anything has come.
-class FaultyUrls : public UrlSession {
- public:
-  FaultyUrls(UrlSession& urls, FaultPlan& plan) : urls_(urls), plan_(plan) {}
-
-  UrlReply send(const UrlRequest& request) override {
-    return plan_.through(Touch::network, request.url, [&] { return urls_.send(request); }, failed<UrlReply>);
-  }
-  DownloadReply download(const UrlRequest& request, const std::string& folder) override {
-    return plan_.through(
-        Touch::download, request.url, [&] { return urls_.download(request, folder); }, failed<DownloadReply>);
-  }
-
- private:
-  template <class Reply>
-  static Reply failed(int error) {
-    Reply reply;
-    reply.error = std::strerror(error);
-    return reply;
-  }
-
-  UrlSession& urls_;
-  FaultPlan& plan_;
-};
-
-/// The same Mac with other files, children, transfers and keychain.
-inline Platform faultyPlatform(const Platform& mac, FileManager& files, Processes& processes, UrlSession& urls,
-                               Keychain& keychain) {
-  return {mac.clock, files,       processes, urls,             mac.security,  keychain,    mac.consoleUser, mac.device,
-          mac.power, mac.cameras, mac.focus, mac.applications, mac.systemLog, mac.console, mac.webView};
-}
-
-}  // namespace vorlu::test
+}  // namespace vorlu::faults

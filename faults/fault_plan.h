@@ -12,7 +12,7 @@
 #include <string_view>
 #include <utility>
 
-namespace vorlu::test {
+namespace vorlu::faults {
 
 /// What a call of the agent to its platform touches; it decides which faults the call can meet.
 /// A download writes, too; what removes, or changes attributes, needs no room.
@@ -20,7 +20,7 @@ enum class Touch : char { look, read, write, change, child, network, download };
 
 /// `full` and `readOnly` stay from their call on; the others pass. A kill ends the process before or after the call.
 enum class Fault { io, full, readOnly, descriptors, interrupted, shortWrite, killedBefore, killedAfter };
-inline constexpr std::pair<Fault, const char*> faults[] = {
+inline constexpr std::pair<Fault, const char*> allFaults[] = {
     {Fault::io, "io"},
     {Fault::full, "full"},
     {Fault::readOnly, "readOnly"},
@@ -112,4 +112,4 @@ class FaultPlan {
   std::optional<std::pair<Fault, int>> point_;
 };
 
-}  // namespace vorlu::test
+}  // namespace vorlu::faults
