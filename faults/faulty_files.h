@@ -64,9 +64,7 @@ class FaultyFiles : public FileManager {
     return pass(Touch::change, path, &FileManager::setOwnership, path, mode, owner, group);
   }
   void setHidden(const std::string& path) override { files_.setHidden(path); }
-  std::optional<std::int64_t> freeDiskSpace() override {
-    return pass(Touch::look, "/", &FileManager::freeDiskSpace);
-  }
+  std::optional<std::int64_t> freeDiskSpace() override { return pass(Touch::look, "/", &FileManager::freeDiskSpace); }
   std::optional<std::int64_t> diskCapacity() override { return pass(Touch::look, "/", &FileManager::diskCapacity); }
   Result<std::string> sha256(const std::string& path) override {
     return pass(Touch::read, path, &FileManager::sha256, path);

@@ -14,7 +14,8 @@ class FaultyUrls : public UrlSession {
   FaultyUrls(UrlSession& urls, FaultPlan& plan) : urls_(urls), plan_(plan) {}
 
   UrlReply send(const UrlRequest& request) override {
-    return plan_.through(Touch::network, request.url, [&] { return urls_.send(request); }, failed<UrlReply>);
+    return plan_.through(
+        Touch::network, request.url, [&] { return urls_.send(request); }, failed<UrlReply>);
   }
   DownloadReply download(const UrlRequest& request, const std::string& folder) override {
     return plan_.through(

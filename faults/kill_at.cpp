@@ -57,17 +57,17 @@ mode_t modeOf(int flags, va_list arguments) {
 }  // namespace
 
 // The calls by which a C++ program on this system changes files. Each stands for the library's own of the same name.
-#define CHANGING(result, name, parameters, ...)                    \
-  result name parameters {                                         \
-    static auto* const next = real<result parameters>(#name);      \
-    change();                                                      \
-    return next(__VA_ARGS__);                                      \
+#define CHANGING(result, name, parameters, ...)               \
+  result name parameters {                                    \
+    static auto* const next = real<result parameters>(#name); \
+    change();                                                 \
+    return next(__VA_ARGS__);                                 \
   }
-#define CHANGING_OPEN_FILE(result, name, parameters, ...)          \
-  result name parameters {                                         \
-    static auto* const next = real<result parameters>(#name);      \
-    if (isOnDisk(file)) change();                                  \
-    return next(__VA_ARGS__);                                      \
+#define CHANGING_OPEN_FILE(result, name, parameters, ...)     \
+  result name parameters {                                    \
+    static auto* const next = real<result parameters>(#name); \
+    if (isOnDisk(file)) change();                             \
+    return next(__VA_ARGS__);                                 \
   }
 
 extern "C" {
@@ -102,8 +102,8 @@ CHANGING_OPEN_FILE(int, fsetxattr, (int file, const char* name, const void* valu
 CHANGING_OPEN_FILE(int, ftruncate, (int file, off_t size), file, size)
 CHANGING_OPEN_FILE(int, fsync, (int file), file)
 CHANGING_OPEN_FILE(int, syncfs, (int file), file)
-CHANGING(ssize_t, copy_file_range, (int from, off64_t* fromAt, int to, off64_t* toAt, size_t size, unsigned flags), from,
-         fromAt, to, toAt, size, flags)
+CHANGING(ssize_t, copy_file_range, (int from, off64_t* fromAt, int to, off64_t* toAt, size_t size, unsigned flags),
+         from, fromAt, to, toAt, size, flags)
 CHANGING(int, lsetxattr, (const char* path, const char* name, const void* value, size_t size, int flags), path, name,
          value, size, flags)
 CHANGING(int, fchmodat, (int folder, const char* path, mode_t mode, int flags), folder, path, mode, flags)
@@ -115,11 +115,12 @@ CHANGING(int, mkdirat, (int folder, const char* path, mode_t mode), folder, path
 CHANGING(int, symlinkat, (const char* target, int folder, const char* path), target, folder, path)
 CHANGING(int, unlinkat, (int folder, const char* path, int flags), folder, path, flags)
 CHANGING(int, rename, (const char* from, const char* to), from, to)
-CHANGING(int, renameat, (int fromFolder, const char* from, int toFolder, const char* to), fromFolder, from, toFolder, to)
+CHANGING(int, renameat, (int fromFolder, const char* from, int toFolder, const char* to), fromFolder, from, toFolder,
+         to)
 CHANGING(int, renameat2, (int fromFolder, const char* from, int toFolder, const char* to, unsigned flags), fromFolder,
          from, toFolder, to, flags)
 CHANGING(int, posix_spawn,
-         (pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions, const posix_spawnattr_t* attributes,
+         (pid_t * pid, const char* path, const posix_spawn_file_actions_t* actions, const posix_spawnattr_t* attributes,
           char* const arguments[], char* const environment[]),
          pid, path, actions, attributes, arguments, environment)
 

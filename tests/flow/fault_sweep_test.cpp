@@ -64,8 +64,8 @@ struct FaultSweep : ServerFixture, testing::WithParamInterface<Scenario> {
                                           "codeSigning": "Example Corp (EXMPL12345)", "latestVersion": "1.0.0"}}])x",
                                        base));
     serve("files/Dialog.pkg", "Dialog");
-    serve("catalog.json", encodeJson(std::vector{entryOf("Slides", GetParam().type), entryOf("Fresh", "zip")},
-                                     JsonLayout::compact));
+    serve("catalog.json",
+          encodeJson(std::vector{entryOf("Slides", GetParam().type), entryOf("Fresh", "zip")}, JsonLayout::compact));
     mac.files.freeDisk = 200'000'000'000;
     scriptTools();
     arrange();
@@ -127,7 +127,7 @@ struct FaultSweep : ServerFixture, testing::WithParamInterface<Scenario> {
     EXPECT_EQ(inChild({}, [&](auto& vorlu) { return ensureRunData(vorlu), 0; }), 0);
     RunDataFile file = runData();
     std::tie(file.DeferCount, file.UserDeferred) = std::tuple("1", true);
-    file.SecretsTimestamp = 5;  // newer than the server's
+    file.SecretsTimestamp = 1000000000;  // newer than the server's
     setRunData(file);
     if (scenario.name == std::string("forced"))
       mac.write(forcedReceiptPath("id.Slides"), plistOf("<key>deferrals</key><string>1</string>"));
@@ -196,7 +196,8 @@ struct FaultSweep : ServerFixture, testing::WithParamInterface<Scenario> {
   /// All that lies on the Mac, less what tells of time and faults.
   std::string facts() {
     static const std::regex free(
-        "/private/var/(log|tmp)/.*|.*/(Errors|lastReport(Enc)?|networkQuality)\\.json|.*/Logs(/.*)?|.*\\.UI\\.log|.*\\.corrupt|"
+        "/private/var/(log|tmp)/.*|.*/(Errors|lastReport(Enc)?|networkQuality)\\.json|.*/Logs(/"
+        ".*)?|.*\\.UI\\.log|.*\\.corrupt|"
         ".*/completeResult|.*/\\.vorlu-download-.*");
     static const std::regex moving(
         "<integer>[0-9]{9,}<|<string>[^<]* 20[0-9]{2}[^<]*<|\"[^\"]* 20[0-9]{2}[^\"]*\"|"
@@ -267,7 +268,7 @@ struct FaultSweep : ServerFixture, testing::WithParamInterface<Scenario> {
 
   ScriptedUser user;
   FaultPlan plan;
-  TemporaryFolder start;          ///< the Mac before the run
+  TemporaryFolder start;  ///< the Mac before the run
   TemporaryFolder notes;
   std::vector<std::string> good;  ///< the Mac after one run without fault, and after two
   std::string oldSlides, newSlides, newFresh;
@@ -290,7 +291,8 @@ TEST_P(FaultSweep, LosesNothingAtAnyCall) {
   for (const auto& [fault, name] : allFaults)
     for (int call = 1; call <= clean.calls; ++call)
       if (canMeet(clean.touches[call], fault) &&
-          (!wanted || wanted == std::string("all") || fmt::format("{}:{}:", name, call).starts_with(fmt::format("{}:", wanted))))
+          (!wanted || wanted == std::string("all") ||
+           fmt::format("{}:{}:", name, call).starts_with(fmt::format("{}:", wanted))))
         points.emplace_back(fault, call);
   const std::size_t step = wanted ? 1 : points.size() / 24 + 1;
   int wrong = 0;

@@ -11,6 +11,7 @@
 #include "vorlu/detection/version.h"
 #include "vorlu/install/component_update.h"
 #include "vorlu/install/recovery.h"
+#include "vorlu/platform/passing_fault.h"
 #include "vorlu/prompts/error_prompt.h"
 #include "vorlu/server/reachability.h"
 #include "vorlu/server/signed_request.h"
@@ -114,7 +115,7 @@ void replaceCorruptRunData(Vorlu& vorlu) {
   FileManager& files = vorlu.platform.files;
   if (!files.exists(paths::runData)) return;
   const Result<RunDataFile> file = loadRunData(files);
-  if (file) return;
+  if (file || isPassingFault(file.failure())) return;
   const std::string aside = paths::runData + ".corrupt";
   files.remove(aside);
   const Status moved = files.move(paths::runData, aside);

@@ -9,8 +9,7 @@
 
 namespace vorlu {
 
-AttachedImages::AttachedImages(Vorlu& vorlu)
-    : vorlu_(vorlu), note_{noteKind, vorlu.platform.processes.ownPid(), ""} {}
+AttachedImages::AttachedImages(Vorlu& vorlu) : vorlu_(vorlu), note_{noteKind, vorlu.platform.processes.ownPid(), ""} {}
 
 void AttachedImages::announce(const std::string& imagePath) {
   note_.text += imagePath + "\n";

@@ -5,8 +5,8 @@
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/install/line_reader.h"
 #include "vorlu/install/ticker.h"
-#include "vorlu/state/tool.h"
 #include "vorlu/state/replacement.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {

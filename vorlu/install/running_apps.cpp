@@ -3,14 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <iterator>
 #include <sstream>
 
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/detection/installed_version.h"
 #include "vorlu/detection/placeholders.h"
+#include "vorlu/platform/passing_fault.h"
 #include "vorlu/prompts/console_session.h"
 #include "vorlu/state/shell_line.h"
 #include "vorlu/state/tool.h"
@@ -40,17 +39,11 @@ bool mayRun(Vorlu& vorlu, const std::string& name) {
   return !result.started || result.signal != 0 || !trimmed(result.output).empty();
 }
 
-/// Whether a passing fault of the system keeps a file from being read.
-bool isUnreadable(FileManager& files, const std::string& path) {
-  constexpr std::array faults = {EIO, EMFILE, ENFILE, EINTR, ENOMEM};
-  const auto text = files.read(path);
-  return !text && std::find(faults.begin(), faults.end(), text.failure().code) != faults.end();
-}
-
 bool isBundleRunning(Vorlu& vorlu, const std::string& path, const std::string& appName) {
   std::string identifier = readBundleIdentifier(vorlu, path);
   if (identifier == "Unknown") {
-    if (isUnreadable(vorlu.platform.files, path + "/Contents/Info.plist")) return true;
+    const auto plist = vorlu.platform.files.read(path + "/Contents/Info.plist");
+    if (!plist && isPassingFault(plist.failure())) return true;
     identifier = readBundleIdentifier(vorlu, path);  // the fault has passed, or there is none
   }
   return isAppRunning(vorlu, identifier, appName);
@@ -58,8 +51,8 @@ bool isBundleRunning(Vorlu& vorlu, const std::string& path, const std::string& a
 
 /// The first of `names` that runs.
 std::optional<std::string> firstRunning(Vorlu& vorlu, const std::vector<std::string>& names) {
-  const auto found = std::find_if(names.begin(), names.end(),
-                                  [&](const std::string& name) { return mayRun(vorlu, name); });
+  const auto found =
+      std::find_if(names.begin(), names.end(), [&](const std::string& name) { return mayRun(vorlu, name); });
   return found == names.end() ? std::nullopt : std::optional(*found);
 }
 

@@ -8,8 +8,8 @@
 
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/prompts/console_session.h"
-#include "vorlu/state/json.h"
 #include "vorlu/state/dialog_command.h"
+#include "vorlu/state/json.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/state/shell_line.h"
 #include "vorlu/state/tool.h"

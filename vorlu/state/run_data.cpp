@@ -116,8 +116,8 @@ void writeFirstRunData(Vorlu& vorlu) {
   vorlu.platform.files.setHidden(paths::runData);
 }
 
-/// Whether there is no run data. A disk that answers with an error doesn't say so: what the user has deferred may not be
-/// written over.
+/// Whether there is no run data. A disk that answers with an error doesn't say so: what the user has deferred may not
+/// be written over.
 bool isRunDataMissing(FileManager& files) {
   if (files.exists(paths::runData)) return false;
   const Result<std::string> bytes = files.read(paths::runData);
