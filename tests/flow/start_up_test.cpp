@@ -118,7 +118,8 @@ TEST_F(StartUpTest, ClearsWhatKilledRunsHaveLeft) {
   mac.write(paths::run + "/images-777", "/a b.dmg\n/gone.dmg\n");
   mac.write("/a b.dmg", "image");
   mac.write(paths::run + "/.vorlu-0123456789abcdef", "half a file");
-  std::filesystem::last_write_time(mac.root() + paths::run + "/.vorlu-0123456789abcdef", {});
+  std::filesystem::last_write_time(mac.root() + paths::run + "/.vorlu-0123456789abcdef",
+                                   std::filesystem::file_time_type::clock::now() - std::chrono::hours(10'000));
   mac.processes.on("/usr/bin/hdiutil attach -nobrowse '/a b.dmg'", {.output = "/dev/disk4\t/Volumes/A\n"});
   mac.processes.on("/usr/bin/hdiutil detach /Volumes/A", {});
   mac.write(paths::run + "/prompt-777", "");

@@ -141,7 +141,6 @@ void runUnansweredPrompt(Vorlu& vorlu, const DialogCommand& command) {
 }
 
 std::optional<pid_t> launchPrompt(Vorlu& vorlu, const DialogCommand& command) {
-  notePrompt(vorlu);
   return vorlu.platform.processes.launch(shellCommand(command.foregroundLine()));
 }
 
