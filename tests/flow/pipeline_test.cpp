@@ -26,7 +26,7 @@ class PipelineFlow : public InstallRun {
     EXPECT_THAT(leftovers(), IsEmpty());
     EXPECT_THAT(mac.power.held, IsEmpty());
     EXPECT_THAT(*mac.files.list("/Applications"), ElementsAre("Slides.app"));
-    EXPECT_FALSE(mac.exists(paths::run + "/placement"));
+    for (const char* note : {"/placement-4000", "/images-4000"}) EXPECT_FALSE(mac.exists(paths::run + note));
     vorlu.updates.failedUpdates.clear();
   }
 };

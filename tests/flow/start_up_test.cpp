@@ -112,6 +112,28 @@ TEST_F(StartUpTest, SetsCorruptRunDataAside) {
   }
 }
 
+TEST_F(StartUpTest, ClearsWhatKilledRunsHaveLeft) {
+  mac.write(paths::run + "/placement-777", "/Applications");
+  mac.write("/Applications/.~_--_----__/old/Slides.app/file", "old");
+  mac.write(paths::run + "/images-777", "/a b.dmg\n/gone.dmg\n");
+  mac.write("/a b.dmg", "image");
+  mac.write(paths::run + "/.vorlu-0123456789abcdef", "half a file");
+  std::filesystem::last_write_time(mac.root() + paths::run + "/.vorlu-0123456789abcdef",
+                                   std::filesystem::file_time_type::clock::now() - std::chrono::hours(10'000));
+  mac.processes.on("/usr/bin/hdiutil attach -nobrowse '/a b.dmg'", {.output = "/dev/disk4\t/Volumes/A\n"});
+  mac.processes.on("/usr/bin/hdiutil detach /Volumes/A", {});
+  mac.write(paths::run + "/prompt-777", "");
+  mac.processes.on("zsh: killall Dialog", {});
+  freshWithKeys();
+  mac.processes.takeCommands();
+  EXPECT_EQ(start(), std::nullopt);
+  EXPECT_EQ(mac.read("/Applications/Slides.app/file"), "old");
+  const Lines commands = mac.processes.takeCommands();
+  for (const char* line : {"/usr/bin/hdiutil detach /Volumes/A", "zsh: killall Dialog"})
+    EXPECT_THAT(commands, testing::Contains(line));
+  EXPECT_THAT(*mac.files.list(paths::run), testing::ElementsAre("Downloads", "Output", "runData.plist"));
+}
+
 TEST_F(StartUpTest, RemovesWhatOlderVersionsLeftAndNothingElse) {
   const Lines old = {"/private/var/tmp/com.mosk.vorlu.UI.log", "/Library/Application Support/MOSK/Bin/moskupdate",
                      "/private/etc/paths.d/unused", "/usr/local/unused/unused", "/usr/local/bin/unused"};

@@ -87,14 +87,5 @@ TEST_F(UpdateCheckFlow, CatalogTestPassesOverUnverifiedApps) {
   EXPECT_EQ(installedVersion("B"), "2.0");
 }
 
-TEST_F(UpdateCheckFlow, PutsBackWhatAKilledRunMovedAsideBeforeItLooks) {
-  addToCatalog("Slides");
-  mac.addApplication("/Applications/.~/old/Slides.app", "com.example.Slides", "1.0");
-  mac.write(paths::run + "/placement", "/Applications");
-  EXPECT_EQ(flow(false), std::nullopt);
-  EXPECT_EQ(installedVersion("Slides"), "2.0") << "found, and so updated";
-  EXPECT_THAT(*mac.files.list("/Applications"), ElementsAre("Slides.app"));
-}
-
 }  // namespace
 }  // namespace vorlu::test

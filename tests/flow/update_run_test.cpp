@@ -1,6 +1,7 @@
 #include "vorlu/policy/update_run.h"
 
 #include "tests/flow/prompted_run.h"
+#include "vorlu/platform/termination.h"
 
 namespace vorlu::test {
 namespace {
@@ -46,6 +47,17 @@ TEST_F(UpdateRun, PublishesWhatItDoesAndShowsItInOneWindow) {
                         *published->identifier, *published->promptPosition),
             "4000 2 2 id.Draw topright");
   EXPECT_THAT(mac.read(paths::dialogCommandFile), testing::EndsWith("Complete ✅\nprogress: complete\nquit:\n"));
+}
+
+TEST_F(UpdateRun, GivesBackWhatItTookWhenItIsAskedToEnd) {
+  addApp("Slides");
+  vorlu.catalog.entries[0].preInstallScript = "true";
+  mac.processes.on("zsh: true", {.effect = [](const Command&) { throw Terminated{}; }});
+  EXPECT_THROW(update({"Slides"}), Terminated);
+  EXPECT_EQ(seen(), "window, relaunch");
+  EXPECT_FALSE(mac.exists(paths::watchReceipt));
+  EXPECT_THAT(mac.read(paths::dialogCommandFile), testing::EndsWith("\nquit:\n"));
+  EXPECT_EQ(installedVersion("Slides"), "1.0");
 }
 
 TEST_F(UpdateRun, BringsAStubbornAppForwardFiveTimesAndForcesIt) {

@@ -60,7 +60,7 @@ class TestPlatform {
   ScriptedProcesses processes;
   LinuxUrlSession urls{rootFolder_};
   LinuxSecurity security;
-  LinuxKeychain keychain{realFiles_};
+  LinuxKeychain keychain{realFiles_, rootFolder_};
   FakeConsoleUser consoleUser;
   FakeDevice device;
   FakePower power;

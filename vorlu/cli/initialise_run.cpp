@@ -10,6 +10,8 @@
 #include "vorlu/cli/old_installations.h"
 #include "vorlu/detection/version.h"
 #include "vorlu/install/component_update.h"
+#include "vorlu/install/recovery.h"
+#include "vorlu/platform/passing_fault.h"
 #include "vorlu/prompts/error_prompt.h"
 #include "vorlu/server/reachability.h"
 #include "vorlu/server/signed_request.h"
@@ -113,7 +115,7 @@ void replaceCorruptRunData(Vorlu& vorlu) {
   FileManager& files = vorlu.platform.files;
   if (!files.exists(paths::runData)) return;
   const Result<RunDataFile> file = loadRunData(files);
-  if (file) return;
+  if (file || isPassingFault(file.failure())) return;
   const std::string aside = paths::runData + ".corrupt";
   files.remove(aside);
   const Status moved = files.move(paths::runData, aside);
@@ -168,6 +170,7 @@ void initialiseRun(Vorlu& vorlu, const StartUp& startUp) {
 
   if (!requireKeychainItems(vorlu)) stop(vorlu, startUp, "002");
   if (coordinateInstances(vorlu) == Coordination::failed) stop(vorlu, startUp, "003");
+  recoverKilledRuns(vorlu);  // before anybody looks for apps: one may stand aside
   requireSupportedSystem(vorlu, startUp);
   requireInternet(vorlu, startUp);
   requireComponents(vorlu, startUp);

@@ -6,14 +6,11 @@
 
 #include "vorlu/state/paths.h"
 #include "vorlu/state/replacement.h"
+#include "vorlu/state/stale_files.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
 namespace {
-
-/// Temporary files of a transfer under way begin like this; one that is a day old belongs to a process that died.
-constexpr std::string_view temporaryPrefix = ".vorlu-";
-constexpr Seconds temporaryLifetime = 24 * 60 * 60;
 
 std::string fileNameText(std::string_view text) {
   std::string result(text);
@@ -44,13 +41,6 @@ std::unordered_set<std::string> wantedStems(const UpdateState& updates) {
     stems.insert(cacheFileStem(pending.appName, pending.latestVersion));
   }
   return stems;
-}
-
-void removeStaleTemporary(Vorlu& vorlu, const std::string& item) {
-  const auto info = vorlu.platform.files.info(cachedPath(item));
-  if (!info) return;
-  const Seconds age = vorlu.platform.clock.now() - static_cast<Seconds>(info->modified) / 1e9;
-  if (age > temporaryLifetime) removeFile(vorlu, cachedPath(item));
 }
 
 }  // namespace
@@ -106,13 +96,11 @@ void cleanCache(Vorlu& vorlu) {
     vorlu.log(fmt::format("Failed to list download cache: {}", items.error()));
     return;
   }
+  removeStaleFiles(vorlu, paths::downloads);
   for (const std::string& item : *items) {
-    if (item.starts_with(temporaryPrefix)) {
-      removeStaleTemporary(vorlu, item);
-    } else if (!wanted.contains(withoutExtensions(item))) {
-      vorlu.log(fmt::format("Removing cached update file {} as the update is no longer required", item));
-      removeFile(vorlu, cachedPath(item));
-    }
+    if (isUnderWay(item) || wanted.contains(withoutExtensions(item))) continue;
+    vorlu.log(fmt::format("Removing cached update file {} as the update is no longer required", item));
+    removeFile(vorlu, cachedPath(item));
   }
 }
 

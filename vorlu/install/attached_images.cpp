@@ -1,22 +1,56 @@
 #include "vorlu/install/attached_images.h"
 
+#include <fmt/format.h>
+
+#include <sstream>
+
 #include "vorlu/install/disk_image.h"
+#include "vorlu/vorlu.h"
 
 namespace vorlu {
+
+AttachedImages::AttachedImages(Vorlu& vorlu) : vorlu_(vorlu), note_{noteKind, vorlu.platform.processes.ownPid(), ""} {}
+
+void AttachedImages::announce(const std::string& imagePath) {
+  note_.text += imagePath + "\n";
+  // Without it the install goes on: only a kill would leave the volume.
+  static_cast<void>(note_.write(vorlu_.platform.files));
+}
 
 void AttachedImages::detachAll() {
   while (!mountPoints_.empty()) {
     const std::string mountPoint = std::move(mountPoints_.back());
     mountPoints_.pop_back();
-    detachImage(vorlu_, mountPoint);
+    allDetached_ = detachImage(vorlu_, mountPoint) && allDetached_;
   }
+  forgetNote();
 }
 
 void AttachedImages::detachLast() {
   if (mountPoints_.empty()) return;
   const std::string mountPoint = std::move(mountPoints_.back());
   mountPoints_.clear();
-  detachImage(vorlu_, mountPoint);
+  allDetached_ = detachImage(vorlu_, mountPoint) && allDetached_;
+  forgetNote();
+}
+
+/// The note of a volume that refused stays for the next run.
+void AttachedImages::forgetNote() {
+  if (note_.text.empty() || !allDetached_) return;
+  note_.text.clear();
+  static_cast<void>(note_.remove(vorlu_.platform.files));
+}
+
+void recoverImages(Vorlu& vorlu) {
+  for (const WorkNote& note : notesOfEndedRuns(vorlu, AttachedImages::noteKind)) {
+    std::istringstream images(note.text);
+    for (std::string image; std::getline(images, image);) {
+      if (!vorlu.platform.files.exists(image)) continue;
+      vorlu.log(fmt::format("Detaching the disk image {} of an unfinished installation", image), silent);
+      detachImageOf(vorlu, image);
+    }
+    static_cast<void>(note.remove(vorlu.platform.files));
+  }
 }
 
 }  // namespace vorlu

@@ -5,8 +5,8 @@
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/install/line_reader.h"
 #include "vorlu/install/ticker.h"
-#include "vorlu/state/tool.h"
 #include "vorlu/state/replacement.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -89,9 +89,15 @@ bool mountImage(Vorlu& vorlu, const std::string& path, bool showProgress) {
   return !vorlu.progress.mountPoint.empty();
 }
 
-void detachImage(Vorlu& vorlu, const std::string& mountPoint) {
-  const std::string said = trimmed(hdiutil(vorlu, {"detach", mountPoint}, mountGrace).output);
-  if (!said.empty()) vorlu.log(said);
+bool detachImage(Vorlu& vorlu, const std::string& mountPoint) {
+  const ProcessResult result = hdiutil(vorlu, {"detach", mountPoint}, mountGrace);
+  if (const std::string said = trimmed(result.output); !said.empty()) vorlu.log(said);
+  return result.started && result.status == 0;
+}
+
+void detachImageOf(Vorlu& vorlu, const std::string& imagePath) {
+  const std::string volume = volumeIn(hdiutil(vorlu, {"attach", "-nobrowse", imagePath}, mountGrace).output);
+  if (!volume.empty()) detachImage(vorlu, volume);
 }
 
 }  // namespace vorlu

@@ -14,7 +14,10 @@ bool convertImage(Vorlu& vorlu, const std::string& path);
 /// answered with false. `showProgress`: the bar moves by 5 meanwhile.
 bool mountImage(Vorlu& vorlu, const std::string& path, bool showProgress);
 
-/// Detaches a volume and logs what the tool says. A volume that stays attached is no failure.
-void detachImage(Vorlu& vorlu, const std::string& mountPoint);
+/// Detaches a volume and logs what the tool says; false when it stays attached.
+bool detachImage(Vorlu& vorlu, const std::string& mountPoint);
+
+/// Detaches an image that may be attached, wherever: attaching it again tells the volume.
+void detachImageOf(Vorlu& vorlu, const std::string& imagePath);
 
 }  // namespace vorlu

@@ -10,10 +10,10 @@
 #include "vorlu/install/install_permission.h"
 #include "vorlu/install/install_window.h"
 #include "vorlu/install/pipeline.h"
-#include "vorlu/install/placement.h"
 #include "vorlu/install/progress_bar.h"
 #include "vorlu/install/server_call_limit.h"
 #include "vorlu/install/version_mismatch.h"
+#include "vorlu/platform/termination.h"
 #include "vorlu/prompts/progress_window.h"
 #include "vorlu/state/dialog_command.h"
 #include "vorlu/state/end_run.h"
@@ -208,24 +208,35 @@ void tellSuccess(Install& install, const std::string& path) {
   offerLaunch(vorlu, path);
 }
 
-}  // namespace
-
-void installApp(Vorlu& vorlu, const std::string& identifier, bool showProgress) {
-  Install install{vorlu, identifier, showProgress, "", ""};
-  setCurrentRunType(vorlu, "appInstalls");
-  recoverPlacement(vorlu);  // an app that a killed run has moved aside is no missing one
-  selectApp(install);
-  enterPhase(install, "Init");
-  requirePermission(install);
-  if (showProgress) openInstallWindow(vorlu);
+/// The steps that a window shows; where the app lies then, nothing when the install came to nothing.
+std::optional<std::string> installInSight(Install& install) {
+  Vorlu& vorlu = install.vorlu;
+  if (install.showProgress) openInstallWindow(vorlu);
   refuseReinstall(install);
   announceInstall(install);
   installPendingUpdates(install);
   const InstallOutcome outcome = runPipeline(install);
   runPostInstallTasks(install);
-  const auto path = installedPath(install, outcome);
-  if (!path) endFailed(install);
-  tellSuccess(install, *path);
+  return installedPath(install, outcome);
+}
+
+}  // namespace
+
+void installApp(Vorlu& vorlu, const std::string& identifier, bool showProgress) {
+  Install install{vorlu, identifier, showProgress, "", ""};
+  setCurrentRunType(vorlu, "appInstalls");
+  selectApp(install);
+  enterPhase(install, "Init");
+  requirePermission(install);
+  std::optional<std::string> path;
+  try {
+    path = installInSight(install);
+    if (!path) endFailed(install);
+    tellSuccess(install, *path);
+  } catch (const Terminated&) {
+    if (showProgress) writeDialogCommand(vorlu, "quit:");  // nobody else would close the window
+    throw;
+  }
   // A catalog's own step after an install is the entry's postInstallScript, which the pipeline has run.
   if (!vorlu.modes.testInstall) checkForVersionMismatch(vorlu, *path);
   endRun(vorlu, 0);

@@ -7,7 +7,6 @@
 #include "vorlu/install/staging.h"
 #include "vorlu/install/ticker.h"
 #include "vorlu/install/tree_walk.h"
-#include "vorlu/state/run_type.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -76,7 +75,7 @@ Status copyItem(Vorlu& vorlu, const AppCopyArr& item, const Target& target, bool
   if (Status made = files.createDirectory(target.directory, {0755, "root", "wheel"}); !made) return made;
   if (item.appCopyName.empty() && files.info(target.path()))
     return Failure{fmt::format("{} exists already", target.path())};
-  Staging staging(files, target.directory);
+  Staging staging(files, target.directory, vorlu.platform.processes.ownPid());
   if (Status opened = staging.open(); !opened) return opened;
   const std::string fresh = staging.freshPath(target.name);
   if (Status brought = mayMove ? files.move(item.itemPath, fresh) : files.copyTree(item.itemPath, fresh); !brought)
@@ -117,7 +116,7 @@ Status setItemPermissions(FileManager& files, const std::string& path, std::opti
 }
 
 void placeItems(Vorlu& vorlu, const std::vector<AppCopyArr>& items, bool mayMove, bool showProgress) {
-  recoverPlacement(vorlu);  // the note of a killed run is about to be overwritten
+  recoverPlacement(vorlu);  // this process may bear the number of a killed one, whose note it would overwrite
   for (const AppCopyArr& item : items) {
     const auto target = targetOf(vorlu.currentApp.destinationPath, item);
     Status placed = target ? success() : Status(target.failure());
@@ -132,11 +131,16 @@ void placeItems(Vorlu& vorlu, const std::vector<AppCopyArr>& items, bool mayMove
 
 void recoverPlacement(Vorlu& vorlu) {
   FileManager& files = vorlu.platform.files;
-  const std::string directory = Staging::interrupted(files);
-  if (directory.empty() || !isAlone(vorlu)) return;
-  vorlu.log(fmt::format("Clearing an unfinished installation in {}", directory), silent);
-  if (const Status settled = Staging(files, directory).settle(); !settled)
-    vorlu.log(fmt::format("Error: Could not clear an unfinished installation in {} - {}", directory, settled.error()));
+  for (const WorkNote& note : notesOfEndedRuns(vorlu, Staging::noteKind)) {
+    if (!note.text.starts_with('/')) {
+      static_cast<void>(note.remove(files));
+      continue;
+    }
+    vorlu.log(fmt::format("Clearing an unfinished installation in {}", note.text), silent);
+    if (const Status settled = Staging(files, note.text, note.owner).settle(); !settled)
+      vorlu.log(
+          fmt::format("Error: Could not clear an unfinished installation in {} - {}", note.text, settled.error()));
+  }
 }
 
 }  // namespace vorlu

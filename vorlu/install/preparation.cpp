@@ -26,6 +26,7 @@ FailureOrNothing openImage(InstallJob& job, std::string path) {
     path = vorlu.progress.convertedImagePath;
     clock.sleep(settlingTime);
   }
+  job.images.announce(path);
   const int attempts = job.type->licence ? convertedMountAttempts : 1;
   for (int attempt = 1; attempt <= attempts; ++attempt) {
     if (attempt > 1) clock.sleep(secondChance);

@@ -9,6 +9,7 @@
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/detection/installed_version.h"
 #include "vorlu/detection/placeholders.h"
+#include "vorlu/platform/passing_fault.h"
 #include "vorlu/prompts/console_session.h"
 #include "vorlu/state/shell_line.h"
 #include "vorlu/state/tool.h"
@@ -24,10 +25,34 @@ bool isAppBundle(const Vorlu& vorlu) {
   return vorlu.currentApp.appType == "appBundle";
 }
 
+ProcessResult search(Vorlu& vorlu, const std::string& name) {
+  Command command;
+  command.program = "/usr/bin/pgrep";
+  command.arguments = {"-x", name};
+  command.mergeStandardError = false;  // a complaint about the name is no process
+  return runTool(vorlu.platform.processes, vorlu.log, command);
+}
+
+/// What can't be searched for counts as running: nobody's app may be replaced under his hands.
+bool mayRun(Vorlu& vorlu, const std::string& name) {
+  const ProcessResult result = search(vorlu, name);
+  return !result.started || result.signal != 0 || !trimmed(result.output).empty();
+}
+
+bool isBundleRunning(Vorlu& vorlu, const std::string& path, const std::string& appName) {
+  std::string identifier = readBundleIdentifier(vorlu, path);
+  if (identifier == "Unknown") {
+    const auto plist = vorlu.platform.files.read(path + "/Contents/Info.plist");
+    if (!plist && isPassingFault(plist.failure())) return true;
+    identifier = readBundleIdentifier(vorlu, path);  // the fault has passed, or there is none
+  }
+  return isAppRunning(vorlu, identifier, appName);
+}
+
 /// The first of `names` that runs.
 std::optional<std::string> firstRunning(Vorlu& vorlu, const std::vector<std::string>& names) {
-  const auto found = std::find_if(names.begin(), names.end(),
-                                  [&](const std::string& name) { return !trimmed(findProcess(vorlu, name)).empty(); });
+  const auto found =
+      std::find_if(names.begin(), names.end(), [&](const std::string& name) { return mayRun(vorlu, name); });
   return found == names.end() ? std::nullopt : std::optional(*found);
 }
 
@@ -58,11 +83,7 @@ void listAppBinaries(Vorlu& vorlu, const std::string& appPath) {
 }
 
 std::string findProcess(Vorlu& vorlu, const std::string& name) {
-  Command command;
-  command.program = "/usr/bin/pgrep";
-  command.arguments = {"-x", name};
-  command.mergeStandardError = false;  // a complaint about the name is no process
-  return runTool(vorlu.platform.processes, vorlu.log, command).output;
+  return search(vorlu, name).output;
 }
 
 std::vector<std::string> processIds(Vorlu& vorlu, const std::string& name) {
@@ -90,7 +111,7 @@ bool isSelectedAppRunning(Vorlu& vorlu, const std::string& installedPath, const 
   progress.appBinaries.clear();
   progress.processWatchList.clear();
   listAppBinaries(vorlu, installedPath);
-  if (isAppBundle(vorlu)) return isAppRunning(vorlu, readBundleIdentifier(vorlu, installedPath), appName);
+  if (isAppBundle(vorlu)) return isBundleRunning(vorlu, installedPath, appName);
 
   if (vorlu.currentApp.blockingApps.empty()) return false;
   progress.processWatchList = vorlu.currentApp.blockingApps;

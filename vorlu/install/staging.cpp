@@ -2,17 +2,14 @@
 
 #include <fmt/format.h>
 
-#include "vorlu/state/paths.h"
-
 namespace vorlu {
 namespace {
 
-constexpr std::string_view folderName = ".~";
-constexpr std::size_t longestPath = 4096;
-
-/// Holds the directory in which an item is being placed.
-std::string notePath() {
-  return paths::run + "/placement";
+/// The number in marks that stand in no app's name.
+std::string inMarks(pid_t number) {
+  std::string marks;
+  for (; number > 0; number /= 2) marks += number % 2 == 0 ? '-' : '_';
+  return marks;
 }
 
 }  // namespace
@@ -22,7 +19,7 @@ Staging::~Staging() {
 }
 
 std::string Staging::folder() const {
-  return fmt::format("{}/{}", directory_, folderName);
+  return fmt::format("{}/.~{}", directory_, inMarks(note_.owner));
 }
 
 std::string Staging::freshPath(const std::string& name) const {
@@ -31,7 +28,7 @@ std::string Staging::freshPath(const std::string& name) const {
 
 Status Staging::open() {
   if (Status settled = settle(); !settled) return settled;
-  if (Status noted = files_.writeAtomically(notePath(), directory_, {0640, "root", "wheel"}); !noted) return noted;
+  if (Status noted = note_.write(files_); !noted) return noted;
   const Ownership closed{0700, "root", "wheel"};
   for (const std::string& path : {folder(), folder() + "/new", folder() + "/old"})
     if (Status made = files_.createDirectory(path, closed); !made) return made;
@@ -48,11 +45,6 @@ Status Staging::sync() {
   return files_.syncTree(folder() + "/new");
 }
 
-std::string Staging::interrupted(FileManager& files) {
-  const auto note = files.read(notePath(), longestPath);
-  return note && note->starts_with('/') ? *note : std::string();
-}
-
 Status Staging::settle() {
   const std::string aside = folder() + "/old";
   const auto info = files_.info(folder());
@@ -66,7 +58,7 @@ Status Staging::settle() {
     }
   }
   if (Status removed = files_.remove(folder()); !removed) return removed;
-  return files_.remove(notePath());
+  return note_.remove(files_);
 }
 
 }  // namespace vorlu

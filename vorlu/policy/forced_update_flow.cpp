@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "vorlu/install/placement.h"
 #include "vorlu/policy/forced_update.h"
 #include "vorlu/state/forced_receipt.h"
 #include "vorlu/state/paths.h"
@@ -45,7 +44,6 @@ void forcedUpdateFlow(Vorlu& vorlu) {
     return;
   }
   setCurrentRunType(vorlu, "forcedUpdateRequired");
-  recoverPlacement(vorlu);  // an app that a killed run has moved aside is no missing one
   for (const std::string& item : items) {
     const auto app = markedApp(item);
     // The receipts before it may have taken hours, in which an administrator can take a mark back.

@@ -5,7 +5,6 @@
 #include "vorlu/detection/find_app.h"
 #include "vorlu/detection/update_check.h"
 #include "vorlu/install/pipeline.h"
-#include "vorlu/install/placement.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -41,7 +40,6 @@ std::optional<InstallOutcome> updateOne(Vorlu& vorlu, const ApplicationInventory
 }  // namespace
 
 PassResult runUpdatePass(Vorlu& vorlu, const PassSettings& settings) {
-  if (!settings.cacheOnly) recoverPlacement(vorlu);  // it may be the other agent's work in progress
   checkForUpdates(vorlu, "", false);
   // The list itself may be filled anew while an app is being installed.
   const std::vector<ApplicationInventory> due = vorlu.updates.pendingUpdates;

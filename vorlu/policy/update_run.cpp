@@ -12,6 +12,7 @@
 #include "vorlu/install/pipeline.h"
 #include "vorlu/install/progress_bar.h"
 #include "vorlu/install/running_apps.h"
+#include "vorlu/platform/termination.h"
 #include "vorlu/policy/app_quitting.h"
 #include "vorlu/prompts/app_icon.h"
 #include "vorlu/prompts/console_session.h"
@@ -32,6 +33,9 @@ using std::chrono::seconds;
 /// Ticks that this run adds to those of the pipeline for one app.
 constexpr int ownSteps = 4;
 
+/// Longest wait for an app to open again when the agent is asked to end.
+constexpr seconds timeToReopen{10};
+
 /// What became of one update.
 enum class Outcome { installed, failed, skipped };
 
@@ -43,6 +47,7 @@ struct UpdateRun {
   ProgressWindow window = {};
   bool windowOpen = false;
   bool lastPendingReached = false;
+  std::optional<std::string> appToReopen = {};  ///< path of the app in work, when its user had it open
 
   bool hasWindow() const { return kind != UpdateRunKind::test && settings.showsWindow(); }
 };
@@ -226,13 +231,26 @@ void updateOne(UpdateRun& run, const ApplicationInventory& record) {
   if (!beginApp(run, record)) return noteFailure(run, record.appName, record.appName);
   watchApp(run);
   const bool wasRunning = isAppRunning(vorlu, vorlu.currentApp.installedBundleIdentifier, record.appName);
-  if (wasRunning) quitRunningApp(vorlu);
+  if (wasRunning) {
+    run.appToReopen = vorlu.currentApp.installedPath;
+    quitRunningApp(vorlu);
+  }
   publishUpdate(run);
   killWhatRunsAgain(run);
   const Outcome outcome = install(run, record.appName);
   retractPublication(run);
   noteOutcome(run, outcome);
   if (wasRunning && run.kind != UpdateRunKind::forced) relaunch(run);
+  run.appToReopen.reset();
+}
+
+/// Someone asked the agent to end: the user gets back what the run took from him.
+void giveBack(UpdateRun& run) {
+  Vorlu& vorlu = run.vorlu;
+  run.hasWindow() ? writeDialogCommand(vorlu, "quit:") : removeWatchReceipt(vorlu);
+  if (!run.appToReopen || !run.settings.autoRelaunchApps || vorlu.currentApp.appType != "appBundle") return;
+  vorlu.log(fmt::format("Auto-relaunching {} at path {}...", vorlu.currentApp.appName, *run.appToReopen));
+  openAsConsoleUser(vorlu, "-g -a ", *run.appToReopen, timeToReopen);
 }
 
 }  // namespace
@@ -253,8 +271,13 @@ void runUpdateWithProgress(Vorlu& vorlu, std::vector<ApplicationInventory> updat
   vorlu.updates.currentUpdateNumber = 0;
   if (updates.empty()) return;
   UpdateRun run{vorlu, std::move(updates), kind, settings};
-  openWindow(run);
-  for (const ApplicationInventory& record : run.updates) updateOne(run, record);
+  try {
+    openWindow(run);
+    for (const ApplicationInventory& record : run.updates) updateOne(run, record);
+  } catch (const Terminated&) {
+    giveBack(run);
+    throw;
+  }
   if (run.windowOpen) closeProgressWindow(vorlu);
 }
 

@@ -36,6 +36,7 @@ std::optional<pid_t> showCheckingPrompt(Vorlu& vorlu, const std::string& dialogI
       .flag("--ignorednd")
       .flag("--moveable")
       .text("--listitem", texts::pleaseWait);
+  notePrompt(vorlu);
   const auto prompt = launchPrompt(vorlu, command);
   vorlu.platform.clock.sleep(std::chrono::seconds(1));
   writeDialogCommand(vorlu, fmt::format("listitem: {}: wait", texts::pleaseWait));

@@ -22,17 +22,19 @@ bool somebodyAtConsole(Vorlu& vorlu) {
   return std::find(nobody.begin(), nobody.end(), consoleUserName(vorlu)) == nobody.end();
 }
 
-void runShell(Vorlu& vorlu, std::string line) {
-  runTool(vorlu.platform.processes, vorlu.log, shellCommand(std::move(line)));
+void runShell(Vorlu& vorlu, std::string line, std::chrono::seconds grace) {
+  Command command = shellCommand(std::move(line));
+  command.grace = grace;
+  runTool(vorlu.platform.processes, vorlu.log, command);
 }
 
 std::string asConsoleUser(Vorlu& vorlu, std::string_view line) {
   return fmt::format("su {} -c '{}'", shellWord(consoleUserName(vorlu)), insideSingleQuotes(line));
 }
 
-void openAsConsoleUser(Vorlu& vorlu, std::string_view options, const std::string& item) {
+void openAsConsoleUser(Vorlu& vorlu, std::string_view options, const std::string& item, std::chrono::seconds grace) {
   if (!somebodyAtConsole(vorlu)) return;
-  runShell(vorlu, asConsoleUser(vorlu, fmt::format("open {}\"{}\"", options, insideDoubleQuotes(item))));
+  runShell(vorlu, asConsoleUser(vorlu, fmt::format("open {}\"{}\"", options, insideDoubleQuotes(item))), grace);
 }
 
 }  // namespace vorlu

@@ -8,6 +8,7 @@
 
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/prompts/console_session.h"
+#include "vorlu/state/dialog_command.h"
 #include "vorlu/state/json.h"
 #include "vorlu/state/paths.h"
 #include "vorlu/state/shell_line.h"
@@ -51,6 +52,18 @@ ProcessResult waitWithRefresh(Vorlu& vorlu, RunningProcess& prompt) {
     if (second % refreshSeconds == 0) bringToFront(vorlu, "Refreshing the grace period prompt to the foreground...");
   }
 }
+
+/// A prompt that this process waits for.
+class NotedPrompt {
+ public:
+  explicit NotedPrompt(Vorlu& vorlu) : vorlu_(vorlu) { notePrompt(vorlu_); }
+  ~NotedPrompt() { forgetPrompt(vorlu_); }
+  NotedPrompt(const NotedPrompt&) = delete;
+  NotedPrompt& operator=(const NotedPrompt&) = delete;
+
+ private:
+  Vorlu& vorlu_;
+};
 
 }  // namespace
 
@@ -113,6 +126,7 @@ PromptExit readPromptExit(std::string_view output) {
 }
 
 PromptExit runDialogCommand(Vorlu& vorlu, const DialogCommand& command, ForegroundRefresh refresh) {
+  const NotedPrompt noted(vorlu);
   const Command shell = shellCommandOf(command.foregroundLine(), command.timerSeconds());
   const auto prompt = vorlu.platform.processes.start(shell);
   const ProcessResult result =
@@ -122,6 +136,7 @@ PromptExit runDialogCommand(Vorlu& vorlu, const DialogCommand& command, Foregrou
 }
 
 void runUnansweredPrompt(Vorlu& vorlu, const DialogCommand& command) {
+  const NotedPrompt noted(vorlu);
   runTool(vorlu.platform.processes, vorlu.log, shellCommandOf(command.line(), command.timerSeconds()));
 }
 

@@ -56,6 +56,7 @@ void openProgressWindow(Vorlu& vorlu, const ProgressWindow& window) {
   if (!somebodyAtConsole(vorlu)) return;
   const std::string line = asConsoleUser(vorlu, commandOf(window).foregroundLine());
   vorlu.log(line, silent);
+  notePrompt(vorlu);
   vorlu.platform.processes.launch(shellCommand(line));
   vorlu.platform.clock.sleep(timeToAppear);
 }

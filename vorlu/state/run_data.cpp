@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <variant>
@@ -111,6 +112,14 @@ void writeFirstRunData(Vorlu& vorlu) {
   vorlu.platform.files.setHidden(paths::runData);
 }
 
+/// Whether there is no run data. A disk that answers with an error doesn't say so: what the user has deferred may not
+/// be written over.
+bool isRunDataMissing(FileManager& files) {
+  if (files.exists(paths::runData)) return false;
+  const Result<std::string> bytes = files.read(paths::runData);
+  return !bytes && bytes.failure().code == ENOENT;
+}
+
 }  // namespace
 
 std::optional<std::int64_t> parseCount(const std::string& text) {
@@ -162,7 +171,7 @@ std::optional<std::string> createRunData(Vorlu& vorlu) {
     return "Error: The run directory could not be created. The update will be skipped. Please reinstall Vorlu";
   }
   FileManager& files = vorlu.platform.files;
-  if (files.exists(paths::runData)) return std::nullopt;
+  if (!isRunDataMissing(files)) return std::nullopt;
   vorlu.log("The run data plist was not found");
   writeFirstRunData(vorlu);
   vorlu.platform.clock.sleep(seconds(2));

@@ -7,6 +7,7 @@
 
 #include "tests/unit/install/install_run.h"
 #include "vorlu/install/copy_list.h"
+#include "vorlu/state/replacement.h"
 
 namespace vorlu::test {
 namespace {
@@ -20,11 +21,16 @@ class Placement : public InstallRun {
   Placement() {
     vorlu.currentApp.destinationPath = "/Applications";
     vorlu.currentApp.owner = vorlu.currentApp.group = "";
+    mac.processes.on("/usr/bin/pgrep -x vorlu", {.reply = [this](const Command&) { return agents; }});
   }
   std::string put(const std::string& name, const std::string& text = "new") {
     mac.write(paths::output + "/" + name + "/file", text);
     return paths::output + "/" + name;
   }
+  std::string agents;  ///< process ids of the others
+  const struct {
+    std::string note = paths::run + "/placement-777", folder = ".~_--_----__";
+  } killed;  ///< what a run of process 777 has left
   Strings applications() { return *mac.files.list("/Applications"); }
 };
 
@@ -70,40 +76,36 @@ TEST_F(Placement, KilledCopyIsClearedOrPutBack) {
     Strings files;  ///< below /Applications, each with its own path as text
     const char* version;
   } cases[] = {
-      {"while it copied", {"Slides.app/file", ".~/new/Slides.app/file"}, "Slides.app/file"},
-      {"after the exchange", {"Slides.app/file", ".~/new/Slides.app/file", ".~/old/Other/x"}, "Slides.app/file"},
-      {"with the old one aside", {".~/new/Slides.app/file", ".~/old/Slides.app/file"}, ".~/old/Slides.app/file"},
-      {"with both there", {"Slides.app/file", ".~/old/Slides.app/file"}, "Slides.app/file"},
+      {"while it copied", {"Slides.app/file", "@/new/Slides.app/file"}, "Slides.app/file"},
+      {"after the exchange", {"Slides.app/file", "@/new/Slides.app/file", "@/old/Other/x"}, "Slides.app/file"},
+      {"with the old one aside", {"@/new/Slides.app/file", "@/old/Slides.app/file"}, "@/old/Slides.app/file"},
+      {"with both there", {"Slides.app/file", "@/old/Slides.app/file"}, "Slides.app/file"},
   };
-  mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "", .status = 1});
   for (const auto& c : cases) {
-    mac.write(paths::run + "/placement", "/Applications");
-    for (const std::string& file : c.files) mac.write("/Applications/" + file, file);
+    mac.write(killed.note, "/Applications");
+    for (const std::string& file : c.files) mac.write("/Applications/" + replacedAll(file, "@", killed.folder), file);
     recoverPlacement(vorlu);
     EXPECT_EQ(mac.read("/Applications/Slides.app/file"), c.version) << c.what;
-    EXPECT_FALSE(mac.exists("/Applications/.~")) << c.what;
-    EXPECT_FALSE(mac.exists(paths::run + "/placement")) << c.what;
+    EXPECT_FALSE(mac.exists("/Applications/" + killed.folder)) << c.what;
+    EXPECT_FALSE(mac.exists(killed.note)) << c.what;
     mac.files.remove("/Applications/Slides.app");
     mac.files.remove("/Applications/Other");
   }
 }
 
-TEST_F(Placement, SettlesAnotherFolderBeforeItsNoteIsOverwritten) {
-  mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "", .status = 1});
-  mac.write(paths::run + "/placement", "/Library");
-  mac.write("/Library/.~/old/Tool/file", "old");
+TEST_F(Placement, TwoAgentsHaveTheirOwnNotesAndFolders) {
+  mac.processes.onPrefix("/bin/ps -Aww ", {.output = "778 1 root 05:00 vorlu\n"});
+  const std::string theirs = "/Applications/.~-_-_----__/new/Draw.app/file", note = paths::run + "/placement-778";
+  agents = "778\n";
+  mac.write(note, "/Applications");
+  mac.write(theirs, "half");
+  mac.write(killed.note, "/Library");
+  mac.write("/Library/" + killed.folder + "/old/Tool/file", "old");
   placeItems(vorlu, {{put("Slides.app"), "Slides.app"}}, true);
-  EXPECT_EQ(mac.read("/Library/Tool/file"), "old");
-  EXPECT_FALSE(mac.exists("/Library/.~"));
-}
-
-TEST_F(Placement, AnotherAgentsCopyIsLeftAlone) {
-  mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "777\n"});
-  mac.processes.onPrefix("/bin/ps -Aww ", {.output = "777 1 root 05:00 vorlu\n"});
-  mac.write(paths::run + "/placement", "/Applications");
-  mac.write("/Applications/.~/new/Slides.app/file", "half");
-  recoverPlacement(vorlu);
-  EXPECT_TRUE(mac.exists("/Applications/.~/new/Slides.app/file"));
+  EXPECT_EQ(mac.read("/Library/Tool/file"), "old") << "of an agent that has ended";
+  EXPECT_TRUE(mac.exists(theirs) && mac.exists(note)) << "of one that works";
+  EXPECT_THAT(applications(), ElementsAre(".~-_-_----__", "Slides.app"));
+  EXPECT_FALSE(mac.exists(paths::run + "/placement-4000"));
 }
 
 TEST_F(Placement, VolumeWithoutExchangeKeepsAnAppAtEveryFault) {

@@ -1,5 +1,7 @@
 #include "vorlu/install/running_apps.h"
 
+#include "faults/faulty_files.h"
+#include "faults/faulty_platform.h"
 #include "tests/unit/install/install_run.h"
 #include "vorlu/state/shell_line.h"
 
@@ -39,6 +41,27 @@ TEST_F(RunningApps, AsksBySystemTypeAndLists) {
   expectRunning("tool without names", false, "14.5.0", "tool", {}, {"Unknown", ""});
   mac.processes.on(pgrep + "Slides", {.output = "77\n"});
   expectRunning("no list, running", true, "13.0.0", "appBundle", {}, {}, {pgrep + "Slides"});
+}
+
+TEST_F(RunningApps, WhatCannotBeFoundOutCountsAsRunning) {
+  install("Slides");
+  vorlu.currentApp.appType = "appBundle";
+  faults::FaultPlan plan;
+  faults::FaultyFiles files(mac.files, plan);
+  Platform platform = faults::faultyPlatform(mac.platform(), files, mac.processes, mac.urls, mac.keychain);
+  Vorlu faulty(platform, site);
+  faulty.currentApp.appType = "appBundle";
+  mac.applications.running = {"com.example.Slides"};
+  for (int call = 1; call <= 4; ++call) {
+    plan.arm(std::pair(faults::Fault::io, call));
+    EXPECT_TRUE(isSelectedAppRunning(faulty, "/Applications/Slides.app", "Slides")) << plan.seen().struck;
+  }
+  mac.processes.on("/usr/bin/pgrep -x tool", {.starts = false});
+  mac.processes.on("/usr/bin/pgrep -x tool", {.timedOut = true});
+  mac.processes.on("/usr/bin/pgrep -x tool", {.status = 1});
+  vorlu.currentApp.appType = "tool";
+  vorlu.currentApp.blockingApps = {"tool"};
+  for (const bool running : {true, true, false}) EXPECT_EQ(isSelectedAppRunning(vorlu, "/x", "x"), running);
 }
 
 TEST_F(RunningApps, RelaunchOfAToolOpensEachName) {

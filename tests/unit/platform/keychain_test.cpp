@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "tests/support/test_platform.h"
 
 namespace vorlu::test {
@@ -16,7 +18,7 @@ class KeychainTest : public testing::Test {
   }
 
   TestPlatform mac_;
-  LinuxKeychain keychain_{mac_.files};
+  LinuxKeychain keychain_{mac_.files, RootFolder(mac_.root())};
 };
 
 TEST_F(KeychainTest, ACorruptFileFailsReadingAndIsMovedAsideByAdding) {
@@ -41,6 +43,18 @@ TEST_F(KeychainTest, NothingChangesAnItemThatIsThere) {
   EXPECT_EQ(value("b"), "(none)");
   EXPECT_FALSE(add("b", "no \xff text")) << "only text is kept";
   EXPECT_EQ(value("a"), "kept");
+}
+
+TEST_F(KeychainTest, AgentsThatAddAtTheSameTimeLoseNothing) {
+  LinuxKeychain another{mac_.files, RootFolder(mac_.root())};
+  const auto addMany = [](LinuxKeychain& keychain, const std::string& account) {
+    for (int i = 0; i < 40; ++i) EXPECT_TRUE(keychain.add({std::to_string(i), account, "x", "tag", false}));
+  };
+  std::thread other([&] { addMany(another, "other"); });
+  addMany(keychain_, "own");
+  other.join();
+  for (int i = 0; i < 40; ++i)
+    for (const char* account : {"own", "other"}) EXPECT_EQ(*keychain_.read(std::to_string(i), account), "x");
 }
 
 }  // namespace

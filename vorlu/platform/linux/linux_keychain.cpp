@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <nlohmann/json.hpp>
 
+#include "vorlu/platform/linux/folder_lock.h"
+
 namespace vorlu {
 namespace {
 
@@ -64,7 +66,8 @@ Status LinuxKeychain::store(const std::vector<KeychainItem>& items) {
 
 Status LinuxKeychain::add(const KeychainItem& item) {
   const std::scoped_lock lock(mutex_);
-  if (Status made = files_.createDirectory("/Library/Keychains", {0755, "root", "wheel"}); !made) return made;
+  if (Status made = files_.createDirectory(folder, {0755, "root", "wheel"}); !made) return made;
+  const FolderLock held(hostFolder_);
   auto items = load();
   if (!items && items.failure().code == corruptFile) {
     if (Status moved = files_.move(path, std::string(path) + ".corrupt"); !moved) return moved;
@@ -87,6 +90,7 @@ Result<std::optional<std::string>> LinuxKeychain::read(const std::string& servic
 
 Status LinuxKeychain::remove(const std::string& service, const std::string& account) {
   const std::scoped_lock lock(mutex_);
+  const FolderLock held(hostFolder_);
   auto items = load();
   if (!items) return items.failure();
   const auto found = findItem(*items, service, account);

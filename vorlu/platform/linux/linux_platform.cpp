@@ -8,7 +8,7 @@ LinuxPlatform::LinuxPlatform(const std::string& root)
       clock_(host_),
       files_(root_, host_),
       urls_(root_),
-      keychain_(files_),
+      keychain_(files_, root_),
       consoleUser_(host_),
       device_(host_),
       power_(root_, host_, files_),

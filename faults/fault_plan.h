@@ -1,0 +1,115 @@
+#pragma once
+
+#include <signal.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace vorlu::faults {
+
+/// What a call of the agent to its platform touches; it decides which faults the call can meet.
+/// A download writes, too; what removes, or changes attributes, needs no room.
+enum class Touch : char { look, read, write, change, child, network, download };
+
+/// `full` and `readOnly` stay from their call on; the others pass. A kill ends the process before or after the call.
+enum class Fault { io, full, readOnly, descriptors, interrupted, shortWrite, killedBefore, killedAfter };
+inline constexpr std::pair<Fault, const char*> allFaults[] = {
+    {Fault::io, "io"},
+    {Fault::full, "full"},
+    {Fault::readOnly, "readOnly"},
+    {Fault::descriptors, "descriptors"},
+    {Fault::interrupted, "interrupted"},
+    {Fault::shortWrite, "shortWrite"},
+    {Fault::killedBefore, "killedBefore"},
+    {Fault::killedAfter, "killedAfter"},
+};
+
+inline bool canMeet(Touch touch, Fault fault) {
+  const bool writes = touch == Touch::write || touch == Touch::download;
+  const bool opens = touch == Touch::read || touch == Touch::child || touch == Touch::network || writes;
+  switch (fault) {
+    case Fault::io:
+      return true;
+    case Fault::full:
+    case Fault::shortWrite:
+      return writes;
+    case Fault::readOnly:
+      return writes || touch == Touch::change;
+    case Fault::descriptors:
+    case Fault::interrupted:
+      return opens;
+    default:
+      return touch != Touch::look && touch != Touch::read;
+  }
+}
+
+/// Counts the agent's calls and strikes at one of them. What it has seen lies in memory shared with the process that
+/// forked this one.
+class FaultPlan {
+ public:
+  struct Seen {
+    int calls = 0;
+    Touch touches[20000] = {};
+    char struck[400] = "";  ///< the call that met the fault
+    char wrong[400] = "";   ///< what the forked process itself found wrong
+    void note(char (&text)[400], std::string_view line) { text[line.copy(text, sizeof text - 1)] = '\0'; }
+  };
+
+  FaultPlan()
+      : seen_(*new (::mmap(nullptr, sizeof(Seen), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Seen) {}
+  ~FaultPlan() { ::munmap(&seen_, sizeof(Seen)); }
+  FaultPlan(const FaultPlan&) = delete;
+  FaultPlan& operator=(const FaultPlan&) = delete;
+
+  Seen& seen() { return seen_; }
+  /// Whether the fault goes on once it has come.
+  bool lastsOn() const { return point_ && (point_->first == Fault::full || point_->first == Fault::readOnly); }
+  /// The next calls are counted from 1; with no point none fails.
+  void arm(std::optional<std::pair<Fault, int>> point) { point_ = point, seen_ = {}; }
+
+  /// Makes the call, or answers with `fail` and the error number of the fault.
+  template <class Call, class Fail>
+  auto through(Touch touch, const std::string& what, Call call, Fail fail) -> decltype(call()) {
+    const int number = count(touch, what);
+    if (const int error = errorAt(number, touch)) return fail(error);
+    if (strikes(number, Fault::killedBefore)) ::kill(::getpid(), SIGKILL);
+    auto answer = call();
+    if (strikes(number, Fault::killedAfter)) ::kill(::getpid(), SIGKILL);
+    return answer;
+  }
+
+ private:
+  bool strikes(int number, Fault fault) const { return point_ && point_->first == fault && point_->second == number; }
+  int count(Touch touch, const std::string& what) {
+    const std::scoped_lock lock(mutex_);
+    const int number = ++seen_.calls;
+    seen_.touches[std::min<std::size_t>(static_cast<std::size_t>(number), std::size(seen_.touches) - 1)] = touch;
+    if (point_ && number == point_->second) seen_.note(seen_.struck, what);
+    return number;
+  }
+  int errorAt(int number, Touch touch) const {
+    if (!point_ || number < point_->second || !canMeet(touch, point_->first)) return 0;
+    const auto [fault, point] = *point_;
+    if (fault == Fault::full) return ENOSPC;
+    if (fault == Fault::readOnly) return EROFS;
+    if (number != point) return 0;
+    return fault == Fault::io            ? EIO
+           : fault == Fault::descriptors ? EMFILE
+           : fault == Fault::interrupted ? EINTR
+           : fault == Fault::shortWrite  ? ENOSPC
+                                         : 0;
+  }
+
+  Seen& seen_;
+  std::mutex mutex_;
+  std::optional<std::pair<Fault, int>> point_;
+};
+
+}  // namespace vorlu::faults
