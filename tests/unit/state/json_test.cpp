@@ -50,6 +50,15 @@ TEST(Json, TellsWhatIsWrongAndWhere) {
   }
 }
 
+TEST(Json, RefusesADocumentThatWouldExhaustTheStack) {
+  const auto nested = [](std::size_t levels) {
+    return decodeJson<Entries>("[{\"unknown\":" + std::string(levels, '[') + std::string(levels, ']') + "}]");
+  };
+  EXPECT_TRUE(nested(500).ok());
+  ASSERT_FALSE(nested(500'000).ok());
+  EXPECT_EQ(nested(500'000).error(), broken("The JSON document was too deep (too many nested objects and arrays)"));
+}
+
 TEST(Json, KeepsWhatARecordHoldsAndNothingElse) {
   // absent and null are the same, unknown keys go, order is the record's, present empty values stay
   const auto decoded = decodeJson<Entries>(
