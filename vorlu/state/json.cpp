@@ -85,7 +85,9 @@ class JsonNode : public Node {
   std::string_view text() override {
     const std::string_view token = value_.raw_json_token();
     const auto plain = plainText(token.data(), token.size());
-    return plain ? *plain : orThrow(value_.get_string());
+    if (!plain) return orThrow(value_.get_string());
+    orThrow(value_.get_raw_json_string());  // a text that isn't taken could be passed over as a key, with what follows
+    return *plain;
   }
 
   void forEachElement(const std::function<void(Node&)>& read) override {

@@ -40,6 +40,7 @@ TEST(Json, TellsWhatIsWrongAndWhere) {
       {"", broken("Empty: no JSON found")},
       {"<html><body>404</body></html>", broken(badStructure)},
       {R"([{"appName":"a")", broken(badStructure)},
+      {R"([{"appName":"a":[1]@]}])", broken(badStructure)},
       {"[] []", broken("Unexpected trailing content in the JSON input.")},
       {R"([{"unknown":{"deep":[tru]}}])", broken("The JSON element does not have the requested type.")},
   };
