@@ -25,7 +25,7 @@ void checkDay(IcuCalendar& calendar, Seconds when) {
            "a date that a calendar shows", std::to_string(when));
     const auto start = calendar.hourOfDay(when, 0, zone);
     const auto end = calendar.hourOfDay(when, 24, zone);
-    if (!start || !end || std::abs(when) > 1e11) continue;
+    if (!start || !end || std::abs(when) > 6e10) continue;  // beyond lie years before Christ
     expect(*start <= when && when < *end, "a moment lies in its day", std::to_string(when), std::to_string(*start));
     expect(*end - *start >= 22 * 3600 && *end - *start <= 26 * 3600, "a day is a day long", std::to_string(when));
   }
