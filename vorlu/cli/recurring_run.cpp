@@ -1,5 +1,8 @@
 #include "vorlu/cli/recurring_run.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "vorlu/cli/initialise_run.h"
 #include "vorlu/policy/forced_update_flow.h"
 #include "vorlu/policy/scheduled_update_flow.h"
@@ -52,7 +55,8 @@ void recurringRun(Vorlu& vorlu) {
   vorlu.log("Initialising run mechanism...");
   vorlu.runData.now = static_cast<std::int64_t>(vorlu.platform.clock.now());
   vorlu.modes.runMode = true;
-  const std::int64_t reportDue = vorlu.runData.kept(&RunDataFile::LastReport) + reportInterval;
+  constexpr std::int64_t farAway = std::numeric_limits<std::int64_t>::max() - reportInterval;
+  const std::int64_t reportDue = std::min(vorlu.runData.kept(&RunDataFile::LastReport), farAway) + reportInterval;
   initialiseRun(vorlu, {.offlineTolerated = true});
   forcedStep(vorlu);
   hourlyStep(vorlu);

@@ -23,7 +23,7 @@ void storeCount(Vorlu& vorlu, std::int64_t count) {
 
 bool serverCallsExpired(const RunDataFile& file, std::int64_t now) {
   const std::int64_t reset = file.LastServerReset.value_or(0);
-  return reset > now || now - reset >= day;
+  return reset > now || reset <= now - day;
 }
 
 std::optional<std::int64_t> countWithOneMore(const RunDataFile& file) {

@@ -62,10 +62,16 @@ std::optional<std::string_view> plainKey(const char* begin) {
   return std::string_view(begin, static_cast<std::size_t>(end - begin));
 }
 
+/// Reading a level of arrays and dictionaries takes some stack; no document that the agent knows has ten of them.
+constexpr int depthLimit = 512;
+
 /// A value, parsed as it is read.
 class JsonNode : public Node {
  public:
-  explicit JsonNode(ondemand::value value) : value_(value), kind_(kindOf(orThrow(value_.type()))) {}
+  explicit JsonNode(ondemand::value value, int depth = 0)
+      : value_(value), kind_(kindOf(orThrow(value_.type()))), depth_(depth) {
+    if (depth > depthLimit) throwBroken(simdjson::DEPTH_ERROR);
+  }
 
   NodeKind kind() override { return kind_; }
   bool boolean() override { return orThrow(value_.get_bool()); }
@@ -79,12 +85,14 @@ class JsonNode : public Node {
   std::string_view text() override {
     const std::string_view token = value_.raw_json_token();
     const auto plain = plainText(token.data(), token.size());
-    return plain ? *plain : orThrow(value_.get_string());
+    if (!plain) return orThrow(value_.get_string());
+    orThrow(value_.get_raw_json_string());  // a text that isn't taken could be passed over as a key, with what follows
+    return *plain;
   }
 
   void forEachElement(const std::function<void(Node&)>& read) override {
     for (auto element : orThrow(value_.get_array())) {
-      JsonNode child(orThrow(std::move(element)));
+      JsonNode child(orThrow(std::move(element)), depth_ + 1);
       read(child);
     }
   }
@@ -93,7 +101,7 @@ class JsonNode : public Node {
     for (auto member : orThrow(value_.get_object())) {
       const auto plain = plainKey(orThrow(member.key()).raw());
       const std::string_view key = plain ? *plain : orThrow(member.unescaped_key());
-      JsonNode child(orThrow(member.value()));
+      JsonNode child(orThrow(member.value()), depth_ + 1);
       read(key, child);
     }
   }
@@ -123,6 +131,7 @@ class JsonNode : public Node {
  private:
   ondemand::value value_;
   NodeKind kind_;
+  int depth_;
 };
 
 /// A document that is one bare scalar: no record can be made of it, only its kind is told.

@@ -134,12 +134,12 @@ std::optional<std::int64_t> parseElapsed(std::string_view text) {
   for (bool more = true; more; ++parts) {
     const std::size_t colon = text.find(':');
     const auto part = number<std::int32_t>(text.substr(0, colon));
-    if (!part || (parts > 0 && *part > 59)) return std::nullopt;
+    if (!part || (parts > 0 && *part > 59) || parts > 2) return std::nullopt;
     seconds = seconds * 60 + *part;
     more = colon != std::string_view::npos;
     if (more) text.remove_prefix(colon + 1);
   }
-  if (parts < 2 || parts > 3 || (days > 0 && parts != 3)) return std::nullopt;
+  if (parts < 2 || (days > 0 && parts != 3)) return std::nullopt;
   return days * 86400 + seconds;
 }
 

@@ -2,9 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
+#include <limits>
 #include <variant>
 
 #include "vorlu/state/end_run.h"
@@ -37,7 +39,7 @@ std::vector<Change> changes(Vorlu& vorlu, RunDataSelector selector) {
   switch (selector) {
     case RunDataSelector::deferralUsed: {
       auto& left = data.deferCountRemaining();
-      left = left.value_or(0) - 1;
+      left = std::max(left.value_or(0), std::numeric_limits<std::int64_t>::min() + 1) - 1;
       return {{"DeferCount", std::to_string(*left)}, {"LastRun", data.now}, {"UserDeferred", true}};
     }
     case RunDataSelector::deferralNotApplicable:

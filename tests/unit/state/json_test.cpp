@@ -40,6 +40,7 @@ TEST(Json, TellsWhatIsWrongAndWhere) {
       {"", broken("Empty: no JSON found")},
       {"<html><body>404</body></html>", broken(badStructure)},
       {R"([{"appName":"a")", broken(badStructure)},
+      {R"([{"appName":"a":[1]@]}])", broken(badStructure)},
       {"[] []", broken("Unexpected trailing content in the JSON input.")},
       {R"([{"unknown":{"deep":[tru]}}])", broken("The JSON element does not have the requested type.")},
   };
@@ -48,6 +49,15 @@ TEST(Json, TellsWhatIsWrongAndWhere) {
     ASSERT_FALSE(decoded.ok()) << text;
     EXPECT_EQ(decoded.error(), error) << text;
   }
+}
+
+TEST(Json, RefusesADocumentThatWouldExhaustTheStack) {
+  const auto nested = [](std::size_t levels) {
+    return decodeJson<Entries>("[{\"unknown\":" + std::string(levels, '[') + std::string(levels, ']') + "}]");
+  };
+  EXPECT_TRUE(nested(500).ok());
+  ASSERT_FALSE(nested(500'000).ok());
+  EXPECT_EQ(nested(500'000).error(), broken("The JSON document was too deep (too many nested objects and arrays)"));
 }
 
 TEST(Json, KeepsWhatARecordHoldsAndNothingElse) {

@@ -1,5 +1,7 @@
 #include "vorlu/state/run_data.h"
 
+#include <limits>
+
 #include "tests/support/agent_run.h"
 #include "vorlu/state/receipts.h"
 #include "vorlu/state/run_type.h"
@@ -46,6 +48,9 @@ TEST_F(RunDataTest, ReadsAKeyOnceAndCountsOnFromThere) {
     updateRunData(vorlu, Selector::deferralUsed);
     EXPECT_EQ(runData().DeferCount, left);
   }
+  vorlu.runData.deferCountRemaining() = std::numeric_limits<std::int64_t>::min();  // as a damaged file says
+  updateRunData(vorlu, Selector::deferralUsed);
+  EXPECT_EQ(runData().DeferCount, "-9223372036854775808");
   EXPECT_EQ(parseCount("-3"), -3);
   for (const char* text : {"+-3", "", "N/A", "3 ", "99999999999999999999"})
     EXPECT_EQ(parseCount(text), std::nullopt) << text;
