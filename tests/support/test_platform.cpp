@@ -6,7 +6,7 @@
 
 namespace vorlu::test {
 
-TestPlatform::TestPlatform() {
+TestPlatform::TestPlatform(const TransferRules& rules) : urls(rootFolder_, rules) {
   for (const char* folder : {"/Applications", "/Library/Application Support", "/Library/Keychains",
                              "/Library/LaunchDaemons", "/Library/Managed Preferences", "/Library/Preferences",
                              "/Users/alice", "/Volumes", "/private/etc", "/private/tmp", "/private/var/db/receipts",

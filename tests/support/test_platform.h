@@ -35,7 +35,7 @@ struct FakeWebView : WebView {
 /// Declare it after an in-process server: open connections are closed with it, and a server waits for them.
 class TestPlatform {
  public:
-  TestPlatform();
+  explicit TestPlatform(const TransferRules& rules = {});
 
   Platform& platform() { return platform_; }
   std::string root() const { return folder_.path(); }
@@ -58,7 +58,7 @@ class TestPlatform {
   VirtualClock clock;
   FaultyFileManager files{rootFolder_, host_};
   ScriptedProcesses processes;
-  LinuxUrlSession urls{rootFolder_};
+  LinuxUrlSession urls;
   LinuxSecurity security;
   LinuxKeychain keychain{realFiles_, rootFolder_};
   FakeConsoleUser consoleUser;

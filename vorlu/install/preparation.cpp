@@ -37,11 +37,18 @@ FailureOrNothing openImage(InstallJob& job, std::string path) {
   return std::nullopt;
 }
 
-void openNestedArchives(InstallJob& job) {
+bool openNestedArchives(InstallJob& job) {
   for (const std::string& item : job.vorlu.currentApp.nestedDownloadFiles) {
     job.vorlu.log(fmt::format("Extracting {}...", item));
-    if (!extractNestedArchive(job.vorlu, item, job.anyProgress())) return;
+    if (!extractNestedArchive(job.vorlu, item, job.anyProgress())) return false;
   }
+  return true;
+}
+
+/// Whether a refused archive couldn't be removed whole: what is left of it is no installer.
+bool leavesParts(InstallJob& job) {
+  const auto names = job.vorlu.platform.files.list(paths::output);
+  return names && !names->empty();
 }
 
 FailureOrNothing openNestedImages(InstallJob& job) {
@@ -71,9 +78,11 @@ FailureOrNothing openInstaller(InstallJob& job) {
   if (failure) return failure;
 
   job.vorlu.log(fmt::format("Extracting {}...", job.fileName));
-  if (type.outer == Container::archive && extractArchive(job.vorlu, job.filePath, job.anyProgress()) &&
-      type.inner == Container::archive)
-    openNestedArchives(job);
+  if (type.outer == Container::archive) {
+    const bool opened = extractArchive(job.vorlu, job.filePath, job.anyProgress()) &&
+                        (type.inner != Container::archive || openNestedArchives(job));
+    if (!opened && leavesParts(job)) return InstallFailure::sourceItem;
+  }
   tickUnlessPackages(job);
 
   if (type.inner == Container::image) failure = openNestedImages(job);

@@ -8,8 +8,8 @@
 #include "vorlu/detection/catalog_script.h"
 #include "vorlu/detection/processor.h"
 #include "vorlu/install/architecture.h"
-#include "vorlu/state/tool.h"
 #include "vorlu/platform/regular_expression.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -21,11 +21,23 @@ bool isSameFile(const FileInfo& a, const FileInfo& b) {
   return a.device == b.device && a.inode == b.inode && a.size == b.size && a.modified == b.modified;
 }
 
-std::string runSignatureTool(Vorlu& vorlu, const std::string& program, std::vector<std::string> arguments) {
+/// What a tool says of an item. It shows the item's path as it is, and a line break in that would forge a line.
+ProcessResult runSignatureTool(Vorlu& vorlu, const std::string& program, std::vector<std::string> arguments) {
+  if (arguments.back().find_first_of("\r\n") != std::string::npos) return {};
   Command command;
   command.program = program;
   command.arguments = std::move(arguments);
-  return runTool(vorlu.platform.processes, vorlu.log, command).output;
+  return runTool(vorlu.platform.processes, vorlu.log, command);
+}
+
+/// What `codesign` says of the signature itself: above stand the names of a program and an identifier, whose line
+/// breaks could forge any line. An item without a signature has nothing but its path.
+std::string_view signatureLines(const ProcessResult& result) {
+  constexpr std::string_view firstOwnLine = "\nFormat=";
+  const std::string_view output = result.output;
+  if (result.status != 0) return {};
+  const std::size_t start = output.rfind(firstOwnLine);
+  return start == std::string_view::npos ? output : output.substr(start);
 }
 
 std::vector<std::string> nonEmptyLines(std::string_view text) {
@@ -92,7 +104,7 @@ HashCheck verifyInstallerHash(Vorlu& vorlu, const std::string& path, const std::
 }
 
 std::string readPackageSignature(Vorlu& vorlu, const std::string& path) {
-  const std::string output = runSignatureTool(vorlu, "/usr/sbin/pkgutil", {"--check-signature", path});
+  const std::string output = runSignatureTool(vorlu, "/usr/sbin/pkgutil", {"--check-signature", path}).output;
   for (const std::string& line : nonEmptyLines(output)) {
     if (const auto signature = behind(line, "Developer ID Installer: ")) {
       vorlu.log(fmt::format("Found signature: {}", *signature));
@@ -107,17 +119,17 @@ std::string readPackageSignature(Vorlu& vorlu, const std::string& path) {
 }
 
 std::string readCodeSignature(Vorlu& vorlu, const std::string& path) {
-  const std::string output = runSignatureTool(vorlu, "/usr/bin/codesign", {"-dv", "--verbose=4", path});
-  // From the line's beginning: the lines above name a program and an identifier, and whoever made them chose the names.
+  const ProcessResult result = runSignatureTool(vorlu, "/usr/bin/codesign", {"-dv", "--verbose=4", path});
+  // From the line's beginning, as the tool writes it.
   static const auto authority = RegularExpression::compile("^(Authority=.*:.*(.*))");
-  for (const std::string& line : nonEmptyLines(output)) {
+  for (const std::string& line : nonEmptyLines(signatureLines(result))) {
     const auto match = authority ? authority->firstMatch(trimmed(line)) : std::nullopt;
     const auto signature = match ? secondPart(*match) : std::nullopt;
     if (!signature) continue;
     vorlu.log(fmt::format("Found signature: {}", *signature));
     return *signature;
   }
-  return unnamed(vorlu, output, "code object is not signed at all");
+  return unnamed(vorlu, result.output, "code object is not signed at all");
 }
 
 bool matchesExpectedSignature(Vorlu& vorlu, const std::string& signature) {

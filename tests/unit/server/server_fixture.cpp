@@ -8,8 +8,6 @@
 #include "vorlu/server/key_material.h"
 
 namespace vorlu::test {
-namespace {
-
 seal::SiteFile siteAt(const std::string& base) {
   seal::SiteFile site;
   site.texts.fill("unused");
@@ -25,6 +23,8 @@ seal::SiteFile siteAt(const std::string& base) {
   site[SiteText::supportContact] = "support@example.com";
   return site;
 }
+
+namespace {
 
 seal::ServerKeys serverKeys() {
   auto publicHalf = seal::RsaKey::fromPublicPem(agentKeys().agent.publicPem());

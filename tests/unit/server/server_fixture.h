@@ -55,6 +55,9 @@ class ServerFixture : public ::testing::Test {
   std::unique_ptr<Vorlu> vorlu_;
 };
 
+/// A site whose server is there.
+seal::SiteFile siteAt(const std::string& base);
+
 /// The agents' keys of all tests: making one takes a while.
 const seal::AgentKeys& agentKeys();
 

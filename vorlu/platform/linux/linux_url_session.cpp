@@ -3,6 +3,7 @@
 #include <curl/curl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include "vorlu/platform/linux/sha256_digest.h"
@@ -36,10 +37,13 @@ class MemoryReceiver : public BodyReceiver {
 /// A body written to a file, with its digest computed on the way.
 class FileReceiver : public BodyReceiver {
  public:
-  FileReceiver(int descriptor, std::string path) : descriptor_(descriptor), path_(std::move(path)) {}
+  FileReceiver(int descriptor, std::string path, std::uint64_t diskReserve)
+      : descriptor_(descriptor), path_(std::move(path)), diskReserve_(diskReserve) {}
 
   bool receive(std::string_view bytes) override {
     digest_.update(bytes);
+    unmeasured_ += bytes.size();
+    if (unmeasured_ >= measureGap && isVolumeFull()) return false;
     return writeAll(descriptor_, bytes) || fail();
   }
   bool restart() override {
@@ -49,6 +53,17 @@ class FileReceiver : public BodyReceiver {
   std::string digest() { return digest_.finishHex(); }
 
  private:
+  static constexpr std::size_t measureGap = std::size_t{8} << 20;
+
+  /// A server that never ends its answer must not take the last of the disk.
+  bool isVolumeFull() {
+    struct statvfs volume {};
+    unmeasured_ = 0;
+    if (::fstatvfs(descriptor_, &volume) != 0 || volume.f_bavail * volume.f_frsize >= diskReserve_) return false;
+    failure_ = fmt::format("{}: less than {} MiB of the disk are left", path_, diskReserve_ >> 20);
+    return true;
+  }
+
   bool fail() {
     failure_ = systemFailure(path_, errno).text;
     return false;
@@ -56,6 +71,8 @@ class FileReceiver : public BodyReceiver {
 
   int descriptor_;
   std::string path_;
+  std::uint64_t diskReserve_;
+  std::size_t unmeasured_ = 0;  ///< bytes since the volume was last looked at
   Sha256Digest digest_;
 };
 
@@ -87,7 +104,7 @@ class LinuxUrlSession::Borrowed {
 
   TransferOutcome transfer(const UrlRequest& request, BodyReceiver& receiver, bool decode) {
     if (!handle_) return {std::nullopt, fmt::format("libcurl can't be used ({})", shownUrl(request.url))};
-    return vorlu::transfer(handle_, request, receiver, decode);
+    return vorlu::transfer(handle_, request, receiver, decode, session_.rules_);
   }
 
  private:
@@ -114,7 +131,7 @@ DownloadReply LinuxUrlSession::download(const UrlRequest& request, const std::st
     return reply;
   }
   const std::string location = folder + "/" + file->name();
-  FileReceiver receiver(file->descriptor(), location);
+  FileReceiver receiver(file->descriptor(), location, rules_.diskReserve);
   const TransferOutcome outcome = Borrowed(*this).transfer(request, receiver, /*decode=*/false);
   struct stat status {};
   reply.error = outcome.error;

@@ -5,6 +5,7 @@
 
 #include "vorlu/platform/linux/accounts.h"
 #include "vorlu/platform/linux/root_folder.h"
+#include "vorlu/platform/linux/url_transfer.h"
 #include "vorlu/platform/url_session.h"
 
 namespace vorlu {
@@ -15,7 +16,8 @@ class LinuxUrlSession : public UrlSession {
  public:
   static constexpr std::size_t bodyCap = std::size_t{64} << 20;  ///< bytes of a body that `send` takes
 
-  explicit LinuxUrlSession(RootFolder root) : root_(std::move(root)) {}
+  explicit LinuxUrlSession(RootFolder root, TransferRules rules = {})
+      : root_(std::move(root)), rules_(std::move(rules)) {}
   ~LinuxUrlSession() override;
 
   UrlReply send(const UrlRequest& request) override;
@@ -25,6 +27,7 @@ class LinuxUrlSession : public UrlSession {
   class Borrowed;
 
   RootFolder root_;
+  TransferRules rules_;
   Accounts accounts_;
   std::mutex mutex_;
   void* idle_ = nullptr;  ///< a curl handle with its connections

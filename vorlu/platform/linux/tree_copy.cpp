@@ -13,6 +13,7 @@
 
 #include "vorlu/platform/linux/descriptor.h"
 #include "vorlu/platform/linux/folder_entries.h"
+#include "vorlu/platform/linux/temporary_file.h"
 
 namespace vorlu {
 namespace {
@@ -144,21 +145,52 @@ Status TreeCopy::finish(int from, int to, const struct stat& status, const std::
   return ::fsync(to) == 0 ? success() : systemFailure(shown, errno);
 }
 
-Status removeTree(int folder, const std::string& name, const std::string& shown) {
+namespace {
+
+/// Folders held open at once while a tree is removed; a process has a few hundred descriptors.
+constexpr int deepestRemoval = 32;
+
+Descriptor openInside(int folder, const std::string& name) {
+  return Descriptor(uninterrupted([&] { return ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | openItem); }));
+}
+
+/// Removes an item of the tree whose root is open as `top`. A folder that lies too deep is taken up there.
+Status removeItem(int top, int folder, const std::string& name, const std::string& shown, int depth) {
   if (::unlinkat(folder, name.c_str(), 0) == 0 || errno == ENOENT) return success();
   if (errno != EISDIR) return systemFailure(shown, errno);
+  if (::unlinkat(folder, name.c_str(), AT_REMOVEDIR) == 0 || errno == ENOENT) return success();
+  if (depth == deepestRemoval) {
+    const std::string fresh = temporaryName(temporaryPrefix);
+    return ::renameat(folder, name.c_str(), top, fresh.c_str()) == 0 ? success() : systemFailure(shown, errno);
+  }
   {
-    const Descriptor inner(
-        uninterrupted([&] { return ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | openItem); }));
+    const Descriptor inner = openInside(folder, name);
     const auto entries = inner ? folderEntries(inner.get()) : std::nullopt;
     if (!entries) return systemFailure(shown, errno);
-    for (const FolderEntry& entry : *entries) {
-      Status removed = removeTree(inner.get(), entry.name, shown + "/" + entry.name);
-      if (!removed) return removed;
-    }
+    for (const FolderEntry& entry : *entries)
+      if (Status removed = removeItem(top, inner.get(), entry.name, shown + "/" + entry.name, depth + 1); !removed)
+        return removed;
   }
   if (::unlinkat(folder, name.c_str(), AT_REMOVEDIR) == 0 || errno == ENOENT) return success();
   return systemFailure(shown, errno);
+}
+
+}  // namespace
+
+Status removeTree(int folder, const std::string& name, const std::string& shown) {
+  if (::unlinkat(folder, name.c_str(), 0) == 0 || errno == ENOENT) return success();
+  if (errno != EISDIR) return systemFailure(shown, errno);
+  const Descriptor top = openInside(folder, name);
+  while (::unlinkat(folder, name.c_str(), AT_REMOVEDIR) != 0) {
+    if (errno == ENOENT) return success();
+    if (errno != ENOTEMPTY) return systemFailure(shown, errno);
+    const auto entries = top ? folderEntries(top.get()) : std::nullopt;
+    if (!entries) return systemFailure(shown, errno);
+    for (const FolderEntry& entry : *entries)
+      if (Status removed = removeItem(top.get(), top.get(), entry.name, shown + "/" + entry.name, 0); !removed)
+        return removed;
+  }
+  return success();
 }
 
 }  // namespace vorlu

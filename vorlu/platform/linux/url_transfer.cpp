@@ -63,9 +63,11 @@ struct Hop {
 /// A transfer's callbacks and what they share.
 class Watch {
  public:
-  Watch(BodyReceiver& receiver, std::chrono::seconds patience) : receiver_(receiver), patience_(patience) {}
+  Watch(BodyReceiver& receiver, std::chrono::milliseconds patience, Monotonic::time_point deadline,
+        const TransferRules& rules)
+      : receiver_(receiver), patience_(std::min(patience, rules.longestSilence)), deadline_(deadline), rules_(rules) {}
 
-  void begin() { last_ = Monotonic::now(), seen_ = 0; }
+  void begin() { last_ = windowStart_ = Monotonic::now(), seen_ = windowBytes_ = 0; }
   bool stalled() const { return stalled_; }
 
   static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* self) {
@@ -84,23 +86,42 @@ class Watch {
 
  private:
   bool tick(curl_off_t bytes) {
-    if (bytes != seen_) last_ = Monotonic::now();
+    const auto now = Monotonic::now();
+    if (bytes != seen_) last_ = now;
     seen_ = bytes;
-    stalled_ = Monotonic::now() - last_ >= patience_;
+    stalled_ = now - last_ >= patience_ || now >= deadline_ || isSlow(now);
     return !stalled_ && !terminationAsked();
   }
 
+  /// Whether the window that is over brought too little; begins the next one.
+  bool isSlow(Monotonic::time_point now) {
+    if (now - windowStart_ < rules_.slowWindow) return false;
+    const bool slow = seen_ - windowBytes_ < rules_.leastBytes;
+    windowStart_ = now, windowBytes_ = seen_;
+    return slow;
+  }
+
   BodyReceiver& receiver_;
-  std::chrono::seconds patience_;
+  std::chrono::milliseconds patience_;
+  Monotonic::time_point deadline_;
+  const TransferRules& rules_;
   Monotonic::time_point last_ = Monotonic::now();
+  Monotonic::time_point windowStart_ = last_;
   curl_off_t seen_ = 0;
+  curl_off_t windowBytes_ = 0;
   bool stalled_ = false;
 };
 
 class Transfer {
  public:
-  Transfer(CURL* handle, const UrlRequest& request, BodyReceiver& receiver, bool decode)
-      : handle_(handle), request_(request), receiver_(receiver), decode_(decode), watch_(receiver, request.timeout) {}
+  Transfer(CURL* handle, const UrlRequest& request, BodyReceiver& receiver, bool decode, const TransferRules& rules)
+      : handle_(handle),
+        request_(request),
+        receiver_(receiver),
+        decode_(decode),
+        rules_(rules),
+        watch_(receiver, request.timeout,
+               decode ? Monotonic::now() + rules.longestAnswer : Monotonic::time_point::max(), rules) {}
 
   TransferOutcome run() {
     Hop hop{request_.url, request_.method};
@@ -208,6 +229,8 @@ class Transfer {
     set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     set(CURLOPT_SSL_VERIFYPEER, 1L);
     set(CURLOPT_SSL_VERIFYHOST, 2L);
+    if (!rules_.authorities.empty()) set(CURLOPT_CAINFO, rules_.authorities.c_str());
+    if (!rules_.authorities.empty()) set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
     set(CURLOPT_PROXY, "");
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_BUFFERSIZE, bufferBytes);
@@ -236,6 +259,7 @@ class Transfer {
   const UrlRequest& request_;
   BodyReceiver& receiver_;
   bool decode_;
+  const TransferRules& rules_;
   Watch watch_;
   std::array<char, CURL_ERROR_SIZE> errorText_{};
 };
@@ -253,8 +277,9 @@ std::string shownUrl(std::string_view url) {
   return std::string(url.substr(0, host)) + std::string(url.substr(at + 1));
 }
 
-TransferOutcome transfer(void* handle, const UrlRequest& request, BodyReceiver& receiver, bool decode) {
-  return Transfer(handle, request, receiver, decode).run();
+TransferOutcome transfer(void* handle, const UrlRequest& request, BodyReceiver& receiver, bool decode,
+                         const TransferRules& rules) {
+  return Transfer(handle, request, receiver, decode, rules).run();
 }
 
 }  // namespace vorlu
