@@ -50,6 +50,7 @@ const Scenario scenarios[] = {
     {"newMac", {"-u", "run"}, "zip", false, "", true, ""},
 };
 
+const std::string deferCount = "5";  // more than are given anew
 const std::string slides = "/Applications/Slides.app";
 const std::string fresh = "/Applications/Fresh.app";
 
@@ -126,7 +127,7 @@ struct FaultSweep : ServerFixture, testing::WithParamInterface<Scenario> {
     EXPECT_EQ(inChild({}, [&](auto& vorlu) { return runVorlu(vorlu, {scenario.prepared, "id.Slides"}); }), 0);
     EXPECT_EQ(inChild({}, [&](auto& vorlu) { return ensureRunData(vorlu), 0; }), 0);
     RunDataFile file = runData();
-    std::tie(file.DeferCount, file.UserDeferred) = std::tuple("1", true);
+    std::tie(file.DeferCount, file.UserDeferred) = std::tuple(deferCount, true);
     file.SecretsTimestamp = 1000000000;  // newer than the server's
     setRunData(file);
     if (scenario.name == std::string("forced"))
@@ -201,7 +202,7 @@ struct FaultSweep : ServerFixture, testing::WithParamInterface<Scenario> {
         ".*/completeResult|.*/\\.vorlu-download-.*");
     static const std::regex moving(
         "<integer>[0-9]{9,}<|<string>[^<]* 20[0-9]{2}[^<]*<|\"[^\"]* 20[0-9]{2}[^\"]*\"|"
-        "<key>(LastRun|LastCompliant)</key>\\s*<[^<]*<|\"value\": \"[^\"]+\"");
+        "<key>(LastRun|LastCompliant|DeferCount|UserDeferred)</key>\\s*<[^<]*<|\"value\": \"[^\"]+\"");
     std::set<std::string> items;
     for (const auto& entry : fs::recursive_directory_iterator(mac.root())) {
       const std::string path = entry.path().string().substr(mac.root().size());
@@ -224,6 +225,9 @@ struct FaultSweep : ServerFixture, testing::WithParamInterface<Scenario> {
     return all;
   }
 
+  /// Whether the computer's own deferrals are at stake; they may be spent or, in doubt, given anew.
+  static bool isPrompted() { return std::string("deferred agreed newMac").find(GetParam().name) != std::string::npos; }
+
   /// What no fault may do to the files, told right after it.
   std::string wrongOnDisk(bool killed) {
     const std::string struck = plan.seen().struck, wrong = plan.seen().wrong;
@@ -232,6 +236,8 @@ struct FaultSweep : ServerFixture, testing::WithParamInterface<Scenario> {
     if (version != oldSlides && (version != newSlides || !GetParam().mayBeUpdated)) return "Slides is " + version;
     if (const std::string now = versionOf(fresh); now != "none" && now != newFresh) return "Fresh is " + now;
     if (mac.exists(paths::runData) && !loadRunData(mac.files)) return "run data";
+    if (!isPrompted() && mac.exists(paths::runData) && runData().DeferCount != deferCount)
+      return "the user's deferrals";
     if (const std::string text = mac.read(paths::errors); !text.empty() && !decodeJson<ErrorStruct>(text))
       return "Errors.json: " + text;
     const std::string receipt = mac.read(forcedReceiptPath("id.Slides"));
