@@ -36,6 +36,7 @@ void forcedUpdateFlow(Vorlu& vorlu) {
   const std::vector<std::string> items = receiptFolder(vorlu);
   if (items.empty()) {
     vorlu.log("No Apps have been marked for forced updates");
+    if (isAlone(vorlu)) endCurrentTask(vorlu);  // a run that was killed after it had taken its receipt back left it
     setCurrentRunType(vorlu, "N/A");
     return;
   }

@@ -109,11 +109,9 @@ class JsonNode : public Node {
   void skip() override {
     switch (kind_) {
       case NodeKind::array:
-        refuseDepth();
         forEachElement([](Node& child) { child.skip(); });
         break;
       case NodeKind::dictionary:
-        refuseDepth();
         forEachMember([](std::string_view, Node& child) { child.skip(); });
         break;
       case NodeKind::boolean:
@@ -131,12 +129,6 @@ class JsonNode : public Node {
   }
 
  private:
-  /// What nobody asked for is passed over with one call a level.
-  void refuseDepth() {
-    constexpr std::int32_t deepest = 512;
-    if (value_.current_depth() > deepest) throwBroken(simdjson::DEPTH_ERROR);
-  }
-
   ondemand::value value_;
   NodeKind kind_;
   int depth_;
