@@ -93,7 +93,7 @@ class FuzzedMac {
   OneProgram processes;
   OneAnswer urls;
   LinuxSecurity security;
-  LinuxKeychain keychain{files};
+  LinuxKeychain keychain{files, root_};
   test::FakeConsoleUser consoleUser;
   test::FakeDevice device;
   test::FakePower power;
