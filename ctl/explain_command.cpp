@@ -14,6 +14,8 @@ Answer explainCommand(const Arguments& given) {
   Arguments arguments = given;
   const bool asJson = takeFlag(arguments, "--json");
   const bool runScripts = takeFlag(arguments, "--run-scripts");
+  for (const std::string& argument : arguments)
+    if (argument.starts_with("--")) return {2, fmt::format("vorluctl explain: \"{}\" is no option\n", argument)};
   if (arguments.size() != 1) return {2, "vorluctl explain: name one application, by any key of its catalog entry\n"};
   LinuxPlatform mac;
   const Site site(sealedSite, mac.platform().security);

@@ -35,7 +35,7 @@ std::string usageText() {
   for (const Command& command : commands) {
     text += fmt::format("  vorluctl {}{}{}\n", command.name, command.usage.empty() ? "" : " ", command.usage);
   }
-  return text;
+  return text + "  vorluctl help\n";
 }
 
 Answer answer(const Arguments& arguments) {

@@ -103,6 +103,10 @@ std::string warningAbout(const RehearsalPlan& plan) {
   return hasAny ? "" : "The file has none of the agent's sections: all keys are at their default.\n";
 }
 
+std::string daysText(int days) {
+  return days == 1 ? "1 day" : fmt::format("{} days", days);
+}
+
 std::string clockText(int minute) {
   return fmt::format("{:02}:{:02}", minute / 60, minute % 60);
 }
@@ -110,11 +114,12 @@ std::string clockText(int minute) {
 std::string toText(const RehearsalPlan& plan, const std::vector<TimelineEntry>& entries) {
   RehearsalClock clock("");
   std::string text = warningAbout(plan);
-  text +=
-      fmt::format("{} days from {}: the Mac is in use from {} to {}, an outdated application is always open, {}.\n\n",
-                  plan.days, momentText(clock, plan.start), clockText(plan.fromMinute), clockText(plan.toMinute),
-                  plan.releaseEvery == 0 ? std::string("one new version comes out")
-                                         : fmt::format("a new version comes out every {} days", plan.releaseEvery));
+  text += fmt::format(
+      "{} from {}: the Mac is in use from {} to {}, an outdated application is always open, {}.\n\n",
+      daysText(plan.days), momentText(clock, plan.start), clockText(plan.fromMinute), clockText(plan.toMinute),
+      plan.releaseEvery == 0 ? std::string("one new version comes out")
+                             : fmt::format("a new version comes out every {}",
+                                           plan.releaseEvery == 1 ? "day" : daysText(plan.releaseEvery)));
   for (const TimelineEntry& entry : entries)
     text += fmt::format("{}  {:<9} {}\n", entry.time, entry.event, entry.detail);
   return text;
@@ -143,7 +148,9 @@ Answer timelineCommand(const Arguments& given) {
   LinuxSecurity security;
   const Site site(sealedSite, security);
   const auto entries = rehearse(plan, site);
-  if (!entries) return {2, fmt::format("vorluctl timeline: the profile can't be decoded: {}\n", entries.error())};
+  if (!entries)
+    return {2, fmt::format("vorluctl timeline: the profile can't be decoded: {}; vorluctl lint-prefs names the place\n",
+                           entries.error())};
   return {0, asJson ? encodeJson(*entries, JsonLayout::pretty) + "\n" : toText(plan, *entries)};
 }
 

@@ -100,8 +100,10 @@ struct RunPrefs {
                                        .choicesInAnyCase = true}),
         field<&P::patchDay>("patchDay", {.help = "Patch day for specifyPatchDay: 1 is Sunday, 7 is Saturday.",
                                          .range = KeyRange{1, 7}}),
-        field<&P::missedUpdatePrompt>("missedUpdatePrompt",
-                                      {.help = "Asks on a later day when a patch day passed without an update."}),
+        field<&P::missedUpdatePrompt>(
+            "missedUpdatePrompt",
+            {.help = "Makes up for a patch day on a later day: with singlePromptMode for one without "
+                     "any update or deferral, with recurringPromptMode after a deferral."}),
         field<&P::frequencyOption>("frequencyOption",
                                    {.help = "Interval for specifyFrequency. Another text: no interval.",
                                     .choices = {"oneDay", "oneWeek", "twoWeeks", "threeWeeks", "fourWeeks"},
@@ -439,8 +441,10 @@ struct CustomPrefs {
         field<&P::GeneralOptions>("GeneralOptions", {.help = "What the agent does at all, and for which apps."}),
         field<&P::ScheduledUpdates>("ScheduledUpdates",
                                     {.help = "When and how users are asked about updates of apps in use."}),
-        field<&P::ForcedUpdates>("ForcedUpdates",
-                                 {.help = "How users are asked about updates that an administrator forces."})};
+        field<&P::ForcedUpdates>(
+            "ForcedUpdates",
+            {.help = "How updates that an administrator forces run and ask. What postpones a prompt here "
+                     "postpones the update, even of an app that is not in use."})};
   }
   template <class P = CustomPrefs>
   static constexpr auto fields() {
