@@ -47,7 +47,7 @@ newMac() {
 
 # startServer: the catalog is the JSON objects in $work/catalog.
 startServer() {
-  "$VORLU_BUILD/refserver/vorlu-server" --init "$data" >/dev/null
+  "$VORLU_BUILD/refserver/vorlu-server" --init "$data" --site "$root/site/local.json" >/dev/null
   jq -s . "$work/catalog" >"$data/catalog.json"
   mkdir -p "$data/files"
   mv "$shelf"/* "$data/files"
