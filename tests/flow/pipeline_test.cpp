@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "tests/unit/install/install_run.h"
+#include "vorlu/install/attached_images.h"
 
 namespace vorlu::test {
 namespace {
@@ -30,6 +31,12 @@ class PipelineFlow : public InstallRun {
     vorlu.updates.failedUpdates.clear();
   }
 };
+
+TEST_F(PipelineFlow, NameOfAnImageAddsNoLineToTheNote) {
+  AttachedImages images(vorlu);
+  images.announce(paths::output + "/a\n/Users/alice/b.dmg");
+  EXPECT_FALSE(mac.exists(paths::run + "/images-4000"));
+}
 
 TEST_F(PipelineFlow, UpdatesByHash) {
   const AppBlueprints& app = addToCatalog("Slides");

@@ -12,6 +12,7 @@ namespace vorlu {
 AttachedImages::AttachedImages(Vorlu& vorlu) : vorlu_(vorlu), note_{noteKind, vorlu.platform.processes.ownPid(), ""} {}
 
 void AttachedImages::announce(const std::string& imagePath) {
+  if (imagePath.find('\n') != std::string::npos) return;  // an archive's name must not add a line of its own
   note_.text += imagePath + "\n";
   // Without it the install goes on: only a kill would leave the volume.
   static_cast<void>(note_.write(vorlu_.platform.files));

@@ -37,8 +37,8 @@ bool isSelfServiceLine(std::string_view line) {
                      [line](std::string_view form) { return line.find(form) != std::string_view::npos; });
 }
 
-/// Adds what `pgrep` finds; an error text when it couldn't search.
-std::string searchByName(Vorlu& vorlu, CommandLines& found) {
+/// Adds what `pgrep` finds, the process that started this one to `above`; an error text when it couldn't search.
+std::string searchByName(Vorlu& vorlu, CommandLines& found, std::vector<pid_t>& above) {
   Processes& processes = vorlu.platform.processes;
   Command search;
   search.program = "/usr/bin/pgrep";
@@ -55,7 +55,11 @@ std::string searchByName(Vorlu& vorlu, CommandLines& found) {
     rest.remove_prefix(std::min(rest.size(), line.size() + 1));
     pid_t pid = 0;
     const auto [stop, error] = std::from_chars(line.data(), line.data() + line.size(), pid);
-    if (error == std::errc{} && pid != processes.ownPid() && pid != processes.parentPid()) found.try_emplace(pid);
+    if (error != std::errc{} || pid == processes.ownPid()) continue;
+    if (pid == processes.parentPid())
+      above.push_back(pid);
+    else
+      found.try_emplace(pid);
   }
   return {};
 }
@@ -73,7 +77,7 @@ bool isBefore(std::int64_t age, pid_t pid, std::int64_t otherAge, pid_t otherPid
   return std::tuple(-age, pid) < std::tuple(-otherAge, otherPid);
 }
 
-/// Sorts the candidates that are agents, and neither this process nor one of those that started it.
+/// Sorts the candidates that are agents; those that started this process go to `above`.
 void arrange(Vorlu& vorlu, const ProcessTable& table, const CommandLines& candidates, Duplicates& result) {
   const pid_t own = vorlu.platform.processes.ownPid();
   const std::vector<pid_t> ownLine = table.lineOf(own);
@@ -81,7 +85,11 @@ void arrange(Vorlu& vorlu, const ProcessTable& table, const CommandLines& candid
   result.ownAge = ownRow ? ownRow->age : static_cast<std::int64_t>(table.when - vorlu.startedAt);
   for (const auto& [pid, line] : candidates) {
     const ProcessRow* row = table.find(pid);
-    if (row == nullptr || !isAgent(*row) || std::find(ownLine.begin(), ownLine.end(), pid) != ownLine.end()) continue;
+    if (row == nullptr || !isAgent(*row)) continue;
+    if (std::find(ownLine.begin(), ownLine.end(), pid) != ownLine.end()) {
+      result.above.push_back(pid);
+      continue;
+    }
     const bool ahead = isBefore(row->age, pid, result.ownAge, own);
     (ahead ? result.ahead : result.behind)
         .push_back({pid, row->age, table.when - static_cast<Seconds>(row->age), line});
@@ -94,7 +102,7 @@ void arrange(Vorlu& vorlu, const ProcessTable& table, const CommandLines& candid
 Duplicates search(Vorlu& vorlu, bool alsoByCommandLine) {
   Duplicates result;
   CommandLines candidates;
-  result.error = searchByName(vorlu, candidates);
+  result.error = searchByName(vorlu, candidates, result.above);
   if (result.error.empty() && alsoByCommandLine) result.error = searchByCommandLine(vorlu, candidates);
   if (result.error.empty() && !candidates.empty()) {
     const auto table = readProcessTable(vorlu);

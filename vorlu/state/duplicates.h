@@ -27,6 +27,7 @@ struct Duplicates {
   std::string error;              ///< why the search itself failed
   std::vector<Duplicate> ahead;   ///< those before this process, the first one first
   std::vector<Duplicate> behind;  ///< those after it, which wait for it
+  std::vector<pid_t> above;       ///< agents that started this process by a script and wait for its end
   std::int64_t ownAge = 0;        ///< of this process, seconds
   bool none() const { return searched && ahead.empty() && behind.empty(); }
 };

@@ -14,8 +14,11 @@ namespace {
 
 constexpr std::size_t longestNote = 64 * 1024;
 
-bool isOwnedBy(const std::vector<Duplicate>& agents, const WorkNote& note) {
-  return std::any_of(agents.begin(), agents.end(), [&](const Duplicate& agent) { return agent.pid == note.owner; });
+bool isAtWork(const Duplicates& agents, pid_t owner) {
+  const auto isOwner = [owner](const Duplicate& agent) { return agent.pid == owner; };
+  return std::any_of(agents.ahead.begin(), agents.ahead.end(), isOwner) ||
+         std::any_of(agents.behind.begin(), agents.behind.end(), isOwner) ||
+         std::find(agents.above.begin(), agents.above.end(), owner) != agents.above.end();
 }
 
 /// All notes of the kind, by the owners that their names tell.
@@ -49,9 +52,10 @@ std::vector<WorkNote> notesOfEndedRuns(Vorlu& vorlu, std::string_view kind) {
   const Duplicates agents = findDuplicatesByName(vorlu);
   if (!agents.searched) return {};
   std::erase_if(notes, [&](WorkNote& note) {
-    if (isOwnedBy(agents.ahead, note) || isOwnedBy(agents.behind, note)) return true;
-    if (const auto text = files.read(note.path(), longestNote)) note.text = *text;
-    return false;
+    if (isAtWork(agents, note.owner)) return true;
+    const auto text = files.read(note.path(), longestNote);
+    if (text) note.text = *text;
+    return !text;  // it stays for a run that can read it: removed, an app that stands aside would be lost
   });
   return notes;
 }

@@ -93,19 +93,32 @@ TEST_F(Placement, KilledCopyIsClearedOrPutBack) {
   }
 }
 
+TEST_F(Placement, NoteThatCannotBeReadStays) {
+  mac.write(killed.note + "/file", "");  // reading a folder fails
+  recoverPlacement(vorlu);
+  EXPECT_TRUE(mac.exists(killed.note));
+}
+
 TEST_F(Placement, TwoAgentsHaveTheirOwnNotesAndFolders) {
-  mac.processes.onPrefix("/bin/ps -Aww ", {.output = "778 1 root 05:00 vorlu\n"});
+  const std::string beside = "778 1 root 05:00 vorlu\n";
+  const std::string above = beside + "3999 778 root 00:09 zsh\n4000 3999 root 00:09 vorlu\n";
   const std::string theirs = "/Applications/.~-_-_----__/new/Draw.app/file", note = paths::run + "/placement-778";
   agents = "778\n";
   mac.write(note, "/Applications");
   mac.write(theirs, "half");
-  mac.write(killed.note, "/Library");
-  mac.write("/Library/" + killed.folder + "/old/Tool/file", "old");
-  placeItems(vorlu, {{put("Slides.app"), "Slides.app"}}, true);
-  EXPECT_EQ(mac.read("/Library/Tool/file"), "old") << "of an agent that has ended";
-  EXPECT_TRUE(mac.exists(theirs) && mac.exists(note)) << "of one that works";
-  EXPECT_THAT(applications(), ElementsAre(".~-_-_----__", "Slides.app"));
-  EXPECT_FALSE(mac.exists(paths::run + "/placement-4000"));
+  std::string table;
+  mac.processes.onPrefix("/bin/ps -Aww ", {.reply = [&table](const Command&) { return table; }});
+  for (const std::string& agentTable : {beside, above}) {
+    table = agentTable;
+    mac.write(killed.note, "/Library");
+    mac.write("/Library/" + killed.folder + "/old/Tool/file", "old");
+    placeItems(vorlu, {{put("Slides.app"), "Slides.app"}}, true);
+    EXPECT_EQ(mac.read("/Library/Tool/file"), "old") << "of an agent that has ended";
+    EXPECT_TRUE(mac.exists(theirs) && mac.exists(note)) << "of one that works: " << table;
+    EXPECT_THAT(applications(), ElementsAre(".~-_-_----__", "Slides.app"));
+    EXPECT_FALSE(mac.exists(paths::run + "/placement-4000"));
+    mac.files.remove("/Library/Tool");
+  }
 }
 
 TEST_F(Placement, VolumeWithoutExchangeKeepsAnAppAtEveryFault) {

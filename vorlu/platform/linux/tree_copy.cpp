@@ -149,6 +149,8 @@ namespace {
 
 /// Folders held open at once while a tree is removed; a process has a few hundred descriptors.
 constexpr int deepestRemoval = 32;
+/// Each takes that many levels off the tree. Whoever goes on filling the folder must not hold the agent for ever.
+constexpr int mostRemovals = 10'000;
 
 Descriptor openInside(int folder, const std::string& name) {
   return Descriptor(uninterrupted([&] { return ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | openItem); }));
@@ -181,16 +183,15 @@ Status removeTree(int folder, const std::string& name, const std::string& shown)
   if (::unlinkat(folder, name.c_str(), 0) == 0 || errno == ENOENT) return success();
   if (errno != EISDIR) return systemFailure(shown, errno);
   const Descriptor top = openInside(folder, name);
-  while (::unlinkat(folder, name.c_str(), AT_REMOVEDIR) != 0) {
-    if (errno == ENOENT) return success();
-    if (errno != ENOTEMPTY) return systemFailure(shown, errno);
+  for (int removal = 0;; ++removal) {
+    if (::unlinkat(folder, name.c_str(), AT_REMOVEDIR) == 0 || errno == ENOENT) return success();
+    if (errno != ENOTEMPTY || removal == mostRemovals) return systemFailure(shown, errno);
     const auto entries = top ? folderEntries(top.get()) : std::nullopt;
     if (!entries) return systemFailure(shown, errno);
     for (const FolderEntry& entry : *entries)
       if (Status removed = removeItem(top.get(), top.get(), entry.name, shown + "/" + entry.name, 0); !removed)
         return removed;
   }
-  return success();
 }
 
 }  // namespace vorlu
