@@ -301,7 +301,7 @@ TEST_P(FaultSweep, LosesNothingAtAnyCall) {
           (!wanted || wanted == std::string("all") ||
            fmt::format("{}:{}:", name, call).starts_with(fmt::format("{}:", wanted))))
         points.emplace_back(fault, call);
-  const std::size_t step = wanted ? 1 : points.size() / 24 + 1;
+  const std::size_t step = wanted ? 1 : points.size() / 12 + 1;
   int wrong = 0;
   std::size_t met = 0;
   for (std::size_t i = 0; i < points.size(); i += step, ++met) {

@@ -204,11 +204,13 @@ TEST(HostileServers, AreToldAndChangeNothing) {
     asked.push_back({row[0], row[1], row[2], row[3] == "status", row[4], row[5]});
   agentKeys();
   ASSERT_GE(all.size() * asked.size(), 500U);
-  std::atomic<std::size_t> next = 0;
+  const std::size_t step = std::getenv("VORLU_HOSTILE_ALL") ? 1 : 4;  // by default a sample that meets every role
+  std::atomic<std::size_t> next = 0, cases = 0;
   std::mutex large;  // only one at a time takes memory by the ten megabytes
   const auto work = [&] {
     Lines wrong;
-    for (std::size_t number = next++; number < all.size() * asked.size(); number = next++) {
+    for (std::size_t number = next.fetch_add(step); number < all.size() * asked.size(); number = next.fetch_add(step)) {
+      ++cases;
       const Behaviour& behaviour = all[number / asked.size()];
       std::unique_lock lock(large, std::defer_lock);
       if (behaviour.answer.then == Then::flood || behaviour.name.starts_with("bomb")) lock.lock();
@@ -224,8 +226,7 @@ TEST(HostileServers, AreToldAndChangeNothing) {
   ::getrusage(RUSAGE_SELF, &used);
   EXPECT_LT(used.ru_maxrss >> 10, 600) << "MiB at most";
   EXPECT_THAT(wrong, ::testing::IsEmpty());
-  std::printf("hostile servers: %zu behaviours, %zu cases, %zu violations\n", all.size(), all.size() * asked.size(),
-              wrong.size());
+  std::printf("hostile servers: %zu behaviours, %zu cases, %zu violations\n", all.size(), cases.load(), wrong.size());
 }
 
 }  // namespace
