@@ -28,7 +28,7 @@ struct LocatedValue {
   std::optional<std::int64_t> integer{};  ///< a number without a fraction
   std::string text{};                     ///< a string's
   std::vector<LocatedValue> elements{};
-  std::vector<LocatedMember> members{};  ///< in the order of the file; a key may come twice
+  std::vector<LocatedMember> members;  ///< in the order of the file; a key may come twice
 
   /// The value that counts for a key, which is its last one; null when there is none.
   LocatedValue* find(std::string_view key);
