@@ -88,6 +88,7 @@ nobody:         in use,  0,  ,    , 1.0, 0,  The user has no remaining deferrals
 notAllowed:     closed,  1,  ,    , 2.0, ,   Removing Slides update receipt...
 unknown:        closed,  1,  ,    , 1.0, ,   The specified app id.Slides could not be found. No action will be taken.
 upToDate:       closed,  1,  ,    , 1.0, ,   No updates found for Slides
+unreadOnce:     closed,  1,  ,    , 1.0, 1,  Slides needs its update after all. It is forced by the next run
 )";
 
 Strings split(const std::string& text, char separator) {
@@ -121,6 +122,10 @@ struct ForcedOutcomes : ForcedUpdateFlow, testing::WithParamInterface<std::strin
     if (name == "notAllowed") setPreferences("GeneralOptions", "<key>allowedAppUpdates</key>" + zoom);
     if (name == "unknown") app.appIdentifier = "other";
     if (name == "upToDate") app.latestVersion = "1.0";
+    if (name != "unreadOnce") return;
+    std::tie(app.latestVersionMethod, app.latestVersionScript) = std::tuple("shellCommand", "print version");
+    mac.processes.on("zsh: print version", {.starts = false});
+    mac.processes.on("zsh: print version", {"1.0\n"});
   }
 };
 
@@ -145,6 +150,19 @@ TEST_P(ForcedOutcomes, OfOneReceipt) {
 
 INSTANTIATE_TEST_SUITE_P(All, ForcedOutcomes, testing::ValuesIn(split(outcomes, '\n')),
                          [](const auto& row) { return row.param.substr(0, row.param.find(':')); });
+
+TEST_F(ForcedUpdateFlow, WaitsForTheNextRunBesideAnotherAgent) {
+  mark("Slides", "<key>deferrals</key><string>1</string>", false);
+  mac.write(paths::currentTask + "/id.Other", "");
+  vorlu.modes.standing = Standing::beside;
+  for (const bool marked : {true, false}) {
+    if (!marked) mac.files.remove(paths::receipts);
+    EXPECT_EQ(endOf([&] { forcedUpdateFlow(vorlu); }), std::nullopt);
+    EXPECT_EQ(installedVersion("Slides"), "1.0");
+    EXPECT_TRUE(mac.exists(paths::currentTask + "/id.Other")) << "the other one's";
+    EXPECT_EQ(mac.exists(forcedReceiptPath("id.Slides")), marked);
+  }
+}
 
 TEST_F(ForcedUpdateFlow, WhatHoldsOneReceiptBackHarmsNoOther) {
   mark("A", "<key>deferrals</key><string>1</string>", true);

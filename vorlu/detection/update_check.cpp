@@ -124,6 +124,14 @@ void checkForUpdates(Vorlu& vorlu, const std::string& appName, bool refreshOnly)
   summarise(vorlu);
 }
 
+bool needsUpdate(Vorlu& vorlu, const AppBlueprints& entry) {
+  CatalogWalk walk(vorlu);
+  const std::string& latestVersion = effectiveLatestVersion(entry, walk.processor);
+  if (latestVersion.empty() || !entry.updatesAllowed.value_or(true) || lacksBuild(entry, walk.processor)) return false;
+  const auto app = lookAtApp(vorlu, entry, latestVersion, walk);
+  return app && app->updateRequired && !declaresSkip(app->installedVersion);
+}
+
 void recordCompliance(Vorlu& vorlu) {
   vorlu.runData.lastCompliantText = formatDate(vorlu.platform.clock, vorlu.platform.clock.now(), DateForm::fullStamp);
   updateRunData(vorlu, RunDataSelector::lastCompliant);

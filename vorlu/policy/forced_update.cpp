@@ -32,8 +32,13 @@ std::int64_t now(Vorlu& vorlu) {
 }
 
 /// A receipt without an app, or without an update, has nothing to force. What an empty catalog doesn't know says
-/// nothing.
+/// nothing, and a fault of the moment may have hidden the app or its version: only what is seen twice is believed.
 ForcedOutcome dropReceipt(Vorlu& vorlu, const ForcedMark& mark) {
+  const AppBlueprints* entry = matchApp(vorlu, mark.app);
+  if (entry != nullptr && needsUpdate(vorlu, *entry)) {
+    vorlu.log(fmt::format("{} needs its update after all. It is forced by the next run", mark.appName), silent);
+    return ForcedOutcome::heldBack;
+  }
   if (!vorlu.catalog.entries.empty()) {
     vorlu.log(fmt::format("Removing {} update receipt...", mark.appName));
     removeForcedUpdateReceipt(vorlu, mark.app);

@@ -15,7 +15,7 @@ bool deferralPeriodElapsed(const ReceiptData& receipt, std::int64_t now);
 /// What became of one receipt.
 enum class ForcedOutcome {
   nothingToForce,  ///< no such app, or no update of it: the receipt is gone
-  heldBack,        ///< by its deferral period, run limits, acceptable use or an empty console; untouched
+  heldBack,        ///< by its deferral period, run limits, acceptable use, an empty console or doubt; untouched
   deferred,        ///< the user has one deferral less
   updated,         ///< the receipt is gone
   failed,          ///< the receipt stays and waits for its period
