@@ -43,6 +43,7 @@ class ReadOnlyFiles : public FileManager {
                       const std::string& /*group*/) override {
     throw ChangeRefused(path);
   }
+  Status dropGrants(const std::string& path) override { throw ChangeRefused(path); }
   void setHidden(const std::string& path) override;
 
  private:

@@ -63,6 +63,9 @@ class FaultyFiles : public FileManager {
                       const std::string& group) override {
     return pass(Touch::change, path, &FileManager::setOwnership, path, mode, owner, group);
   }
+  Status dropGrants(const std::string& path) override {
+    return pass(Touch::change, path, &FileManager::dropGrants, path);
+  }
   void setHidden(const std::string& path) override { files_.setHidden(path); }
   std::optional<std::int64_t> freeDiskSpace() override { return pass(Touch::look, "/", &FileManager::freeDiskSpace); }
   std::optional<std::int64_t> diskCapacity() override { return pass(Touch::look, "/", &FileManager::diskCapacity); }

@@ -116,6 +116,7 @@ TEST_F(StartUpTest, ClearsWhatKilledRunsHaveLeft) {
   mac.write(paths::run + "/placement-777", "/Applications");
   mac.write("/Applications/.~_--_----__/old/Slides.app/file", "old");
   mac.write(paths::run + "/images-777", "/a b.dmg\n/gone.dmg\n");
+  for (const char* kind : {"placement", "images", "prompt"}) mac.write(paths::run + "/" + kind + "--7", "/of nobody");
   mac.write("/a b.dmg", "image");
   mac.write(paths::run + "/.vorlu-0123456789abcdef", "half a file");
   std::filesystem::last_write_time(mac.root() + paths::run + "/.vorlu-0123456789abcdef",
@@ -131,7 +132,8 @@ TEST_F(StartUpTest, ClearsWhatKilledRunsHaveLeft) {
   const Lines commands = mac.processes.takeCommands();
   for (const char* line : {"/usr/bin/hdiutil detach /Volumes/A", "zsh: killall Dialog"})
     EXPECT_THAT(commands, testing::Contains(line));
-  EXPECT_THAT(*mac.files.list(paths::run), testing::ElementsAre("Downloads", "Output", "runData.plist"));
+  EXPECT_THAT(*mac.files.list(paths::run),
+              testing::ElementsAre("Downloads", "Output", "images--7", "placement--7", "prompt--7", "runData.plist"));
 }
 
 TEST_F(StartUpTest, RemovesWhatOlderVersionsLeftAndNothingElse) {

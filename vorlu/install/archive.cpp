@@ -10,9 +10,9 @@
 #include "vorlu/install/line_reader.h"
 #include "vorlu/install/remove_downloads.h"
 #include "vorlu/install/ticker.h"
-#include "vorlu/state/tool.h"
 #include "vorlu/install/tree_walk.h"
 #include "vorlu/state/paths.h"
+#include "vorlu/state/tool.h"
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
@@ -109,6 +109,35 @@ bool leavesFolder(std::string_view relativePath) {
     if (depth < 0) return true;
   }
   return false;
+}
+
+std::optional<std::string> placeInside(FileManager& files, const std::string& folder, std::string_view item) {
+  constexpr int mostLinks = 32;
+  if (item.starts_with('/')) return std::nullopt;
+  std::string place;  // with a slash before each part
+  std::string rest(item);
+  for (int links = 0; !rest.empty();) {
+    const std::string part = rest.substr(0, rest.find('/'));
+    rest.erase(0, part.size() + 1);
+    if (part.empty() || part == ".") continue;
+    if (part == ".." && place.empty()) return std::nullopt;
+    const std::size_t parent = place.empty() ? 0 : place.rfind('/');
+    if (part == "..") {
+      place.erase(parent);
+      continue;
+    }
+    const std::string next = fmt::format("{}/{}", place, part);
+    const auto info = files.info(folder + next);
+    if (!info) return std::nullopt;
+    if (info->kind != FileKind::link) {
+      place = next;
+      continue;
+    }
+    const auto target = files.linkTarget(folder + next);
+    if (!target || target->starts_with('/') || ++links > mostLinks) return std::nullopt;
+    rest = fmt::format("{}/{}", *target, rest);
+  }
+  return place.empty() ? std::nullopt : std::optional(place.substr(1));
 }
 
 std::optional<std::string> refusalOfItem(std::string_view path, const FileInfo& info, std::string_view linkTarget) {

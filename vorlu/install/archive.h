@@ -24,4 +24,8 @@ std::optional<std::string> refusalOfItem(std::string_view path, const FileInfo& 
 /// Whether a path below a folder, taken by its text, leaves it.
 bool leavesFolder(std::string_view relativePath);
 
+/// Where an item below a folder lies, with all links followed; nothing when it isn't there or a link leads out of the
+/// folder.
+std::optional<std::string> placeInside(FileManager& files, const std::string& folder, std::string_view item);
+
 }  // namespace vorlu

@@ -22,7 +22,7 @@ void AttachedImages::detachAll() {
   while (!mountPoints_.empty()) {
     const std::string mountPoint = std::move(mountPoints_.back());
     mountPoints_.pop_back();
-    allDetached_ = detachImage(vorlu_, mountPoint) && allDetached_;
+    detach(mountPoint);
   }
   forgetNote();
 }
@@ -31,11 +31,17 @@ void AttachedImages::detachLast() {
   if (mountPoints_.empty()) return;
   const std::string mountPoint = std::move(mountPoints_.back());
   mountPoints_.clear();
-  allDetached_ = detachImage(vorlu_, mountPoint) && allDetached_;
+  detach(mountPoint);
   forgetNote();
 }
 
-/// The note of a volume that refused stays for the next run.
+/// A volume that refuses is noted by its name: its image may be gone when the next run comes.
+void AttachedImages::detach(const std::string& mountPoint) {
+  if (detachImage(vorlu_, mountPoint)) return;
+  allDetached_ = false;
+  announce(mountPoint);
+}
+
 void AttachedImages::forgetNote() {
   if (note_.text.empty() || !allDetached_) return;
   note_.text.clear();
@@ -48,7 +54,8 @@ void recoverImages(Vorlu& vorlu) {
     for (std::string image; std::getline(images, image);) {
       if (!vorlu.platform.files.exists(image)) continue;
       vorlu.log(fmt::format("Detaching the disk image {} of an unfinished installation", image), silent);
-      detachImageOf(vorlu, image);
+      const bool isVolume = vorlu.platform.files.isDirectory(image);
+      isVolume ? static_cast<void>(detachImage(vorlu, image)) : detachImageOf(vorlu, image);
     }
     static_cast<void>(note.remove(vorlu.platform.files));
   }

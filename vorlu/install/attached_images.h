@@ -32,6 +32,7 @@ class AttachedImages {
   void detachLast();
 
  private:
+  void detach(const std::string& mountPoint);
   void forgetNote();
 
   Vorlu& vorlu_;

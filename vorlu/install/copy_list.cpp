@@ -19,7 +19,7 @@ std::string lastComponent(std::string_view path) {
 std::string findSourceItem(Vorlu& vorlu, const std::string& root, const std::string& item) {
   if (item.empty()) return {};
   if (hasMarker(item, regexMarker)) return findItem(vorlu, root, item);
-  if (!leavesFolder(item) && vorlu.platform.files.exists(fmt::format("{}/{}", root, item))) return item;
+  if (placeInside(vorlu.platform.files, root, item)) return item;
   return findItem(vorlu, root, item);
 }
 
@@ -64,7 +64,9 @@ std::variant<std::vector<AppCopyArr>, InstallFailure> buildCopyList(InstallJob& 
   for (const std::string& item : app.sourceItems) {
     const std::string found = findSourceItem(job.vorlu, root, withoutMarker(item, installerAppMarker));
     if (found.empty()) return InstallFailure::sourceItem;
-    const std::string path = fmt::format("{}/{}", root, found);
+    // A link that comes alone would lead nowhere from its new place.
+    const auto whole = app.sourceItems.size() == 1 ? placeInside(job.vorlu.platform.files, root, found) : std::nullopt;
+    const std::string path = fmt::format("{}/{}", root, whole.value_or(found));
     if (const auto failure = verifyItem(job, path, list.empty())) return *failure;
     list.push_back({path, copyNameFor(app, app.sourceItems.size(), item, found)});
   }

@@ -25,10 +25,16 @@ ProcessResult hdiutil(Vorlu& vorlu, std::vector<std::string> arguments, std::chr
   return runTool(vorlu.platform.processes, vorlu.log, command);
 }
 
-/// The first volume that the tool says it has attached; empty when there is none.
-std::string volumeIn(std::string_view output) {
+/// The first volume that the tool says it has attached; empty when there is none. A tool that failed says nothing of
+/// that: a licence, which is shown first, may hold any text.
+std::string volumeIn(FileManager& files, const ProcessResult& result) {
+  std::string_view output = result.output;
   const std::size_t start = output.find(volumes);
-  if (start == std::string_view::npos) return {};
+  if (result.status != 0 || start == std::string_view::npos) return {};
+  // A name may hold anything but a slash, with which the next line begins.
+  std::string_view whole = output.substr(start, output.find('/', start + volumes.size() + 1) - start);
+  if (whole.ends_with('\n')) whole.remove_suffix(1);
+  if (whole.size() > volumes.size() + 1 && files.isDirectory(std::string(whole))) return std::string(whole);
   output.remove_prefix(start + volumes.size());
   const std::string_view name = output.substr(0, std::min(output.find(volumes), output.find('\n')));
   return trimmed(name).size() > 1 && name.starts_with('/') ? fmt::format("{}{}", volumes, trimmed(name))
@@ -52,7 +58,7 @@ void reportMountFailure(Vorlu& vorlu, const std::string& output) {
 void attach(Vorlu& vorlu, const std::string& path) {
   vorlu.log("Mounting disk image...");
   const ProcessResult result = hdiutil(vorlu, {"attach", "-nobrowse", path}, mountGrace);
-  vorlu.progress.mountPoint = volumeIn(result.output);
+  vorlu.progress.mountPoint = volumeIn(vorlu.platform.files, result);
   if (vorlu.progress.mountPoint.empty())
     reportMountFailure(vorlu, result.output);
   else
@@ -96,7 +102,8 @@ bool detachImage(Vorlu& vorlu, const std::string& mountPoint) {
 }
 
 void detachImageOf(Vorlu& vorlu, const std::string& imagePath) {
-  const std::string volume = volumeIn(hdiutil(vorlu, {"attach", "-nobrowse", imagePath}, mountGrace).output);
+  const ProcessResult result = hdiutil(vorlu, {"attach", "-nobrowse", imagePath}, mountGrace);
+  const std::string volume = volumeIn(vorlu.platform.files, result);
   if (!volume.empty()) detachImage(vorlu, volume);
 }
 

@@ -53,8 +53,7 @@ const std::vector<std::string>& nestedPackages(const InstallJob& job) {
 std::string findPackage(InstallJob& job, const std::string& item) {
   if (item.empty()) return {};
   const std::string root = job.searchRoot();
-  std::string plain = fmt::format("{}/{}", root, item);
-  if (!leavesFolder(item) && job.vorlu.platform.files.exists(plain)) return plain;
+  if (placeInside(job.vorlu.platform.files, root, item)) return fmt::format("{}/{}", root, item);
   const std::string found = findItem(job.vorlu, root, item);
   return found.empty() ? found : fmt::format("{}/{}", root, found);
 }

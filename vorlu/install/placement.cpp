@@ -60,6 +60,14 @@ void givePermissions(Vorlu& vorlu, const std::string& path, const std::string& s
   if (!given) vorlu.log(fmt::format("Error: Could not set the permissions of {} - {}", shownPath, given.error()));
 }
 
+/// A signature covers no rights: those of the item come from the catalog, or are owner and mode alone.
+Status dropGrants(FileManager& files, const std::string& path) {
+  const auto info = files.info(path);
+  Status dropped = files.dropGrants(path);
+  if (!dropped || !info || info->kind != FileKind::directory) return dropped;
+  return walkTree(files, path, [&files](const std::string& item, const FileInfo&) { return files.dropGrants(item); });
+}
+
 /// Puts the finished item into the target's place. Old and new are exchanged in one step; on a volume that can't do
 /// that the old one steps aside, from where the next run takes it back if this one dies.
 Status takePlace(FileManager& files, Staging& staging, const Target& target) {
@@ -80,6 +88,7 @@ Status copyItem(Vorlu& vorlu, const AppCopyArr& item, const Target& target, bool
   const std::string fresh = staging.freshPath(target.name);
   if (Status brought = mayMove ? files.move(item.itemPath, fresh) : files.copyTree(item.itemPath, fresh); !brought)
     return brought;
+  if (Status dropped = dropGrants(files, fresh); !dropped) return dropped;
   givePermissions(vorlu, fresh, target.path());
   if (Status synced = staging.sync(); !synced) return synced;
   return takePlace(files, staging, target);

@@ -12,6 +12,9 @@
 
 namespace vorlu {
 
+/// What the hidden names of unfinished files and trees begin with.
+inline constexpr std::string_view temporaryPrefix = ".vorlu-";
+
 /// Mode, owner and group given to something that is made. An owner or group that the machine lacks, or may not set, is
 /// skipped without an error on Linux. An empty name leaves the owner or group alone.
 struct Ownership {
@@ -92,6 +95,9 @@ class FileManager {
   /// Sets owner, group and, when given, mode on one item without following links.
   virtual Status setOwnership(const std::string& path, std::optional<mode_t> mode, const std::string& owner,
                               const std::string& group) = 0;
+  /// Takes from one item what gives others more than its owner, group and mode say: the set-user and set-group bits of
+  /// a file, access control lists, capabilities. A link has none.
+  virtual Status dropGrants(const std::string& path) = 0;
   /// NSURLIsHiddenKey; where the file system has no such attribute nothing happens.
   virtual void setHidden(const std::string& path) = 0;
 

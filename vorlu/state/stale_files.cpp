@@ -2,20 +2,17 @@
 
 #include <fmt/format.h>
 
-#include <string_view>
-
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
 namespace {
 
-constexpr std::string_view prefix = ".vorlu-";
 constexpr Seconds lifetime = 24 * 60 * 60;
 
 }  // namespace
 
 bool isUnderWay(const std::string& name) {
-  return name.starts_with(prefix);
+  return name.starts_with(temporaryPrefix);
 }
 
 void removeStaleFiles(Vorlu& vorlu, const std::string& folder) {

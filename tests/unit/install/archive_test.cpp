@@ -31,12 +31,13 @@ TEST_F(Archive, RefusesMembersThatDoNotStayInside) {
       {"file through a link", {good, {"l", "", '2', "Slides.app"}, {"l/x", "x"}}, true},
       {"link whose name holds the arrow", {good, {"a -> b", "", '2', "../../etc"}}, true},
       {"hard link", {good, {"h", "", '1', "../../runData.plist"}}, true},
+      {"set-uid folder", {good, {"s/", "", '5', "", 04755}}, true},
       {"set-uid", {good, {"s", "x", '0', "", 04755}}, true},
       {"harmless ones",
        {good,
         {"./Slides.app/..dots", "x"},
         {"Slides.app/Versions/", "", '5', "", 02755},
-        {"Slides.app/Versions/l", "", '2', "../good"},
+        {"Slides.app/Versions/l", "", '2', "..//good"},
         {"h", "", '1', "Slides.app/good"},
         {"It's \"ü\" -> /x", "x"}},
        false},
@@ -72,11 +73,36 @@ TEST_F(Archive, DamagedOnesLeaveNothing) {
   }
 }
 
+TEST_F(Archive, ItemsBehindLinksLieInsideOrNowhere) {
+  mac.write("/top/a/b/item", "x");
+  mac.write("/item", "outside");
+  const std::pair<const char*, const char*> links[] = {{"a/same", "b"},       {"a/b/up", "../.."}, {"out", ".."},
+                                                       {"absolute", "/top"},  {"loop", "loop"},    {"dangling", "a/c"},
+                                                       {"far", "a/b/up/out"}, {"l", "./a//same/"}};
+  for (const auto& [name, target] : links) std::filesystem::create_symlink(target, mac.root() + "/top/" + name);
+  const std::pair<const char*, const char*> cases[] = {{"a/b/item", "a/b/item"},
+                                                       {"a/same/item", "a/b/item"},
+                                                       {"l/up/l/item", "a/b/item"},
+                                                       {"a/../a/b", "a/b"},
+                                                       {"out/item", ""},
+                                                       {"absolute/a", ""},
+                                                       {"loop/item", ""},
+                                                       {"dangling", ""},
+                                                       {"far/item", ""},
+                                                       {"../top/a", ""},
+                                                       {"a/same/../../../item", ""},
+                                                       {"/a", ""},
+                                                       {"a/b/item/..", "a/b"},
+                                                       {"", ""},
+                                                       {"a/none", ""}};
+  for (const auto& [item, place] : cases) EXPECT_EQ(placeInside(mac.files, "/top", item).value_or(""), place) << item;
+}
+
 TEST_F(ScriptedArchive, StatusOfTheToolDecidesUnlessOnlyOwnersAreLost) {
   const std::string failed = "Error: Could not extract /a.zip - ";
   const std::string owners = "a: Can't set user=501/group=20 for a\n";
   const std::pair<Answer, std::string> cases[] = {
-      {{.output = owners + "tar: Error exit delayed from previous errors.\n", .status = 1}, "Extraction complete"},
+      {{.output = owners + "\ntar: Error exit delayed from previous errors.\n", .status = 1}, "Extraction complete"},
       {{.output = owners + "b: ZIP bad CRC: 0x1\n", .status = 1}, failed + "b: ZIP bad CRC: 0x1"},
       {{.output = "", .status = 1}, failed + "it could not be unpacked to its end"},
       {{.output = "", .timedOut = true}, failed + "it could not be unpacked to its end"},
@@ -92,7 +118,7 @@ TEST_F(Archive, NestedOnesLandBesideThemselves) {
   mac.write(paths::output + "/inner.zip", tarOf({{"Slides.app/good", "good"}}));
   EXPECT_TRUE(extractNestedArchive(vorlu, "inner.zip", false));
   EXPECT_THAT(*mac.files.list(paths::output), ::testing::ElementsAre("Slides.app", "inner.zip"));
-  for (const std::string item : {"../runData.plist", "missing.zip"}) {
+  for (const std::string item : {"../runData.plist", "/a.zip", "a/../../b", "missing.zip"}) {
     mac.write(paths::output + "/inner.zip", "");
     EXPECT_FALSE(extractNestedArchive(vorlu, item, false)) << item;
     EXPECT_THAT(*mac.files.list(paths::output), IsEmpty()) << item;

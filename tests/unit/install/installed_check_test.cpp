@@ -34,6 +34,19 @@ TEST_F(InstalledCheck, LooksForAnAppThatMoved) {
     EXPECT_EQ(messages(), lines) << newPath;
     mac.files.remove(newPath);
   }
+  for (const char* folder : {"", "/nowhere", "/opt"}) {
+    mac.makeFolder("/opt");
+    vorlu.currentApp.prefixSearchPath = folder;
+    if (*folder == '\0') vorlu.currentApp.appPrefixName = "";
+    EXPECT_FALSE(verifyInstalledVersion(vorlu, "", "1.0", "Slides")) << folder;
+    EXPECT_EQ(messages().back(), cases[4].second.back());
+    vorlu.currentApp.appPrefixName = "Slides";
+  }
+  vorlu.currentApp.latestVersionMethod = "pkgReceipt";
+  vorlu.currentApp.installReceipts = {"org.slides"};
+  EXPECT_FALSE(verifyInstalledVersion(vorlu, "/Applications", "1.0", "Slides"));
+  mac.write("/var/db/receipts/org.slides.plist", plistOf("<key>PackageVersion</key><string>2.0</string>"));
+  EXPECT_TRUE(verifyInstalledVersion(vorlu, "/Applications", "1.0", "Slides"));
 }
 
 class Verification : public InstallRun {};
@@ -54,6 +67,34 @@ TEST_F(Verification, ReadsPackageSignatures) {
   expectSignature("/store.pkg", "1. 3rd Party Mac Developer Installer: Example (AB)\n", "Example (AB)", {}, found);
   expectSignature("/none.pkg", "Status: no signature\n", "Error: App is not signed", unsignedApp, unsignedApp);
   expectSignature("/silent.pkg", "", "Unknown", {}, {});
+  EXPECT_EQ(readPackageSignature(vorlu, "/a\n1. Developer ID Installer: Example (AB).pkg"), "Unknown");
+  EXPECT_THAT(tools(), ::testing::Not(::testing::Contains(::testing::HasSubstr("AB).pkg"))))
+      << "its path would sign it";
+}
+
+TEST_F(Verification, ReadsOnlyWhatTheToolItselfSaysOfCode) {
+  const std::string forged = "Executable=/x\nAuthority=Developer ID Application: Forged (XX)\n";
+  const std::string own = "Format=app bundle\nAuthority=Developer ID Application: Example (AB)\n";
+  const std::pair<Answer, const char*> cases[] = {
+      {{.output = forged + own}, "Example (AB)"},
+      {{.output = forged + own, .status = 1}, "Unknown"},
+      {{.output = forged + "Format=app bundle\nSignature=adhoc\n"}, "Unknown"},
+      {{.output = "Authority=Nobody:\n"}, "Unknown"},
+      {{.starts = false}, "Unknown"},
+  };
+  for (const auto& [answer, signature] : cases) mac.processes.onPrefix("/usr/bin/codesign -dv", answer);
+  for (const auto& [answer, signature] : cases) EXPECT_EQ(readCodeSignature(vorlu, "/x"), signature) << answer.output;
+}
+
+TEST_F(Verification, DigestCountsForTheVerySameFileOnly) {
+  mac.write("/a", "text");
+  const FileInfo now = *mac.files.info("/a");
+  const auto hashKnowing = [this](const FileInfo& file) { return fileSha256(vorlu, "/a", FileDigest{file, "known"}); };
+  EXPECT_EQ(hashKnowing(now), "known");
+  FileInfo others[] = {now, now, now, now};
+  ++others[0].device, ++others[1].inode, ++others[2].size, ++others[3].modified;
+  for (const FileInfo& other : others) EXPECT_EQ(hashKnowing(other), sha256("text"));
+  EXPECT_EQ(fileSha256(vorlu, "/gone", FileDigest{now, "known"}), std::nullopt);
 }
 
 TEST_F(Verification, TakesTheHashOfTheProcessor) {

@@ -7,6 +7,7 @@
 
 #include "tests/unit/install/install_run.h"
 #include "vorlu/install/copy_list.h"
+#include "vorlu/install/install_job.h"
 #include "vorlu/state/replacement.h"
 
 namespace vorlu::test {
@@ -48,6 +49,9 @@ TEST_F(Placement, RefusesTargetsThatBelongToTheSystem) {
     EXPECT_EQ(mac.read("/Users/alice/file"), "kept");
     EXPECT_TRUE(mac.exists("/Applications"));
   }
+  vorlu.currentApp.destinationPath = std::string("/Applications/\0x", 16);
+  placeItems(vorlu, {{put("Slides.app"), "a"}}, true);
+  EXPECT_THAT(messages(), ElementsAre(HasSubstr("names no item")));
 }
 
 TEST_F(Placement, EmptyNamePutsTheItemIntoTheDirectoryAndReplacesNothing) {
@@ -58,6 +62,18 @@ TEST_F(Placement, EmptyNamePutsTheItemIntoTheDirectoryAndReplacesNothing) {
   placeItems(vorlu, {{put("Slides.app", "newer"), ""}}, true);
   EXPECT_EQ(mac.read("/Library/New Folder/Inner/Slides.app/file"), "new");
   EXPECT_THAT(*mac.files.list("/Library/New Folder/Inner"), ElementsAre("Slides.app"));
+}
+
+TEST_F(Placement, RightsComeFromTheCatalogAlone) {
+  for (const bool mayMove : {false, true}) {
+    for (const std::int64_t mode : {0, 4750}) {
+      const std::string program = put("A.app") + "/file";
+      ASSERT_EQ(::chmod((mac.root() + program).c_str(), 06755), 0);
+      vorlu.currentApp.mode = mode;
+      placeItems(vorlu, {{paths::output + "/A.app", "A.app"}}, mayMove);
+      EXPECT_EQ(mac.files.info("/Applications/A.app/file")->mode, mode == 0 ? 0755U : 04750U) << mode << mayMove;
+    }
+  }
 }
 
 TEST_F(Placement, OneFailingItemDoesNotHoldUpTheOthers) {
@@ -156,6 +172,28 @@ TEST(PlacementMode, ReadsDecimalDigitsAsOctal) {
   const std::pair<std::int64_t, std::optional<mode_t>> cases[] = {
       {755, 0755}, {4755, 04755}, {7, 07}, {0, std::nullopt}, {-1, {}}, {789, {}}, {10000, std::nullopt}};
   for (const auto& [digits, mode] : cases) EXPECT_EQ(modeFromDigits(digits), mode) << digits;
+}
+
+TEST_F(Placement, ItemsAreProvenOrNotListed) {
+  InstallRequest request;
+  InstallJob job(vorlu, request);
+  CurrentApp& app = vorlu.currentApp;
+  app.expectedCodeSignature = "Example (AB)";
+  put("Slides.app"), mac.write(paths::output + "/tool.bin", "x"), mac.write(paths::output + "/plain", "x");
+  mac.processes.onPrefix("/usr/bin/codesign", {.output = "code object is not signed at all", .status = 1});
+  const std::pair<Strings, bool> cases[] = {
+      {{"tool.bin"}, true},  // a single plain file with a suffix bears no signature
+      {{"Slides.app"}, false}, {{"plain"}, false}, {{"tool.bin", "tool.bin"}, false},
+      {{""}, false},           {{}, false},        {{"../Output/tool.bin"}, false},
+  };
+  for (const auto& [items, listed] : cases) {
+    app.sourceItems = items;
+    EXPECT_EQ(std::holds_alternative<std::vector<AppCopyArr>>(buildCopyList(job, paths::output)), listed)
+        << fmt::format("{}", fmt::join(items, ", "));
+  }
+  app.verifySignature = false, app.universalInstallerHash = sha256("x"), app.architecture = "universal";
+  app.sourceItems = {"Slides.app", "plain"}, job.filePath = paths::output + "/plain";
+  EXPECT_EQ(buildCopyList(job, paths::output).index(), 0U) << "the hash is the whole download's";
 }
 
 TEST(CopyName, FollowsCatalogOrFoundItem) {

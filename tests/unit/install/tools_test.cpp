@@ -20,8 +20,10 @@ class Tools : public InstallRun {
 };
 
 TEST_F(Tools, MountReadsTheVolumeFromTheOutput) {
-  const auto expectMount = [this](const char* output, const std::string& mountPoint, const Lines& lines) {
-    mac.processes.on(fmt::format("/usr/bin/hdiutil attach -nobrowse '/{} b.dmg'", ++images), {output});
+  const auto expectMount = [this](const char* output, const std::string& mountPoint, const Lines& lines,
+                                  int status = 0) {
+    mac.processes.on(fmt::format("/usr/bin/hdiutil attach -nobrowse '/{} b.dmg'", ++images),
+                     {.output = output, .status = status});
     EXPECT_EQ(mountImage(vorlu, fmt::format("/{} b.dmg", images), false), !mountPoint.empty());
     EXPECT_EQ(vorlu.progress.mountPoint, mountPoint);
     EXPECT_EQ(messages(), joined({"Mounting disk image..."}, lines));
@@ -34,7 +36,17 @@ TEST_F(Tools, MountReadsTheVolumeFromTheOutput) {
   expectMount("hdiutil: attach failed - image not recognized\n", "",
               {"Error mounting disk image: Attach failed - image not recognized", hint});
   expectMount("disk4\t/Volumes\n", "", {"disk4\\t/Volumes", hint});
+  expectMount("disk4\t/VolumesXY\n", "", {"disk4\\t/VolumesXY", hint});
   expectMount("", "", {hint});
+
+  mac.makeFolder("/Volumes/A");
+  expectMount("You agree?\n/dev/disk4s1\tApple_HFS\t/Volumes/A\nhdiutil: attach failed - Operation canceled\n", "",
+              {"Error mounting disk image: Attach failed - Operation canceled", hint}, 1);
+  for (const std::string name : {"A\nB", "A\n\tB ", " A\t", "A"}) {
+    mac.makeFolder("/Volumes/" + name);
+    expectMount(("/dev/disk4 \tmap\n/dev/disk4s1 \tApple_HFS \t/Volumes/" + name + "\n/dev/disk4s2 \tfree\n").c_str(),
+                "/Volumes/" + name, mounted);
+  }
 }
 
 TEST_F(Tools, ConversionIsJudgedByItsFreshFile) {
@@ -68,9 +80,10 @@ TEST_F(Tools, InstallerLinesReachLogAndBar) {
     int steps;  ///< of the bar before its end
   } cases[] = {
       {{"installer: Package name is A\ninstaller:PHA", "SE:Preparing for installation…\ninstaller:PHASE:Preparing for ",
-        "installation…\n", "installer:STATUS:\ninstaller:%9.99\ninstaller:%10.2\ninstaller:%10.2\ninstaller:%x\n"},
+        "installation…\n", "installer:STATUS:\ninstaller:%9.99\ninstaller:%10.2\ninstaller:%10.2\ninstaller:%x\n",
+        "installer:%12x\n"},
        {"Package name is A", "Preparing for installation…", "9.99 percent complete", "10.2 percent complete",
-        "x percent complete"},
+        "x percent complete", "12x percent complete"},
        2},
   };
   for (const auto& c : cases)
@@ -106,6 +119,26 @@ TEST_F(Tools, NetworkSpeedIsPlausibleWhateverTheFileHolds) {
     mac.write(paths::networkQuality, file);
     vorlu.progress.networkSpeed.reset();
     EXPECT_EQ(networkSpeed(vorlu), speed) << file;
+  }
+}
+
+TEST_F(Tools, NetworkQualityIsTheCapacityOfTheSummary) {
+  const std::string summary = "==== SUMMARY ====\n";
+  const std::pair<std::string, std::string> cases[] = {
+      {"Downlink capacity: 1 Mbps\n" + summary + "Downlink capacity: 93.498 Mbps - Low latency\nx", "93.498 Mbps"},
+      {summary + "Downlink capacity: 12 Mbps", "12 Mbps"},
+      {"Downlink capacity: 1 Mbps\n", ""},
+      {summary + "Uplink capacity: 3 Mbps\n", ""},
+      {summary + "Downlink capacity\nIdle: 5", ""},
+      {"reason=Incorrect response status code on latency measuring connection\n" + summary +
+           "Downlink capacity: 9 Mbps\n",
+       ""},
+      {"", ""},
+  };
+  for (const auto& [output, capacity] : cases) mac.processes.on("/usr/bin/networkQuality", {.output = output});
+  for (const auto& [output, capacity] : cases) {
+    EXPECT_EQ(measureNetworkQuality(vorlu), capacity) << output;
+    EXPECT_EQ(messages().size(), capacity.empty() ? 2U : 1U) << output;
   }
 }
 

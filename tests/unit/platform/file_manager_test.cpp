@@ -178,6 +178,38 @@ TEST_F(FileManagerTest, CopyKeepsWhatAnApplicationNeeds) {
   EXPECT_TRUE(!attributes || ::getxattr((root_ / "/b.app/Contents/MacOS/a").c_str(), "user.test", &value, 1) == 1);
 }
 
+TEST_F(FileManagerTest, GrantsGoAndAllElseStays) {
+  writeFile(root_ / "/folder/file", "x");
+  link("folder/file", "/link");
+  using namespace std::string_literals;
+  const std::string list =
+      "\2\0\0\0\1\0\7\0\377\377\377\377\2\0\7\0\1\0\0\0\4\0\5\0\377\377\377\377\20\0\7\0\377\377\377\377\40\0\5\0\377\377\377\377"s;
+  const std::string capability = "\1\0\0\2\2"s + std::string(15, '\0');
+  const struct {
+    const char *path, *name;
+    std::string value;
+    bool stays;
+  } attributes[] = {{"/folder", "system.posix_acl_access", list, false},
+                    {"/folder", "system.posix_acl_default", list, false},
+                    {"/folder/file", "system.posix_acl_access", list, false},
+                    {"/folder/file", "security.capability", capability, false},
+                    {"/folder/file", "user.test", "v", true}};
+  std::vector<bool> given;
+  for (const auto& a : attributes)
+    given.push_back(::setxattr((root_ / a.path).c_str(), a.name, a.value.data(), a.value.size(), 0) == 0);
+  ASSERT_EQ(::chmod((root_ / "/folder").c_str(), 02775), 0);
+  ASSERT_EQ(::chmod((root_ / "/folder/file").c_str(), 06754), 0);
+
+  for (const char* path : {"/folder", "/folder/file", "/link"}) EXPECT_TRUE(files_.dropGrants(path)) << path;
+  for (std::size_t i = 0; i < std::size(attributes); ++i)
+    EXPECT_EQ(::getxattr((root_ / attributes[i].path).c_str(), attributes[i].name, nullptr, 0) >= 0,
+              given[i] && attributes[i].stays)
+        << attributes[i].name;
+  EXPECT_EQ(statOf("/folder").st_mode & 07777, given[0] ? 02755U : 02775U) << "the group had less than the mask";
+  EXPECT_EQ(statOf("/folder/file").st_mode & 07777, 0754U);
+  EXPECT_EQ(files_.dropGrants("/none").failure().code, ENOENT);
+}
+
 TEST_F(FileManagerTest, FailedCopyLeavesNothing) {
   writeFile(root_ / "/tree/a", "small");
   writeFile(root_ / "/tree/b", std::string(100'000, 'b'));

@@ -102,6 +102,41 @@ Status LinuxFileManager::setOwnership(const std::string& path, std::optional<mod
   return success();
 }
 
+namespace {
+
+constexpr const char* accessList = "system.posix_acl_access";
+
+/// What an access list leaves of the mode: the group's own rights, in whose place the mode shows the list's mask.
+mode_t modeBehindList(const std::string& host) {
+  constexpr std::size_t header = 4, entry = 8;  // an entry is a tag and rights, 16 bits each, and an id
+  constexpr unsigned char group = 4;
+  std::array<unsigned char, 4096> list{};
+  const ssize_t size = ::lgetxattr(host.c_str(), accessList, list.data(), list.size());
+  if (size < 0 && errno != ERANGE) return 07777;
+  mode_t mode = 07707;
+  for (std::size_t at = header; size > 0 && at + entry <= static_cast<std::size_t>(size); at += entry)
+    if (list.at(at) == group) mode |= static_cast<mode_t>(list.at(at + 2) & 7) << 3;
+  return mode;
+}
+
+}  // namespace
+
+Status LinuxFileManager::dropGrants(const std::string& path) {
+  const std::string host = root_.hostPath(path);
+  struct stat status {};
+  if (::lstat(host.c_str(), &status) != 0) return systemFailure(path, errno);
+  if (S_ISLNK(status.st_mode)) return success();
+  mode_t mode = status.st_mode & (S_ISREG(status.st_mode) ? 01777 : 07777);
+  if (::llistxattr(host.c_str(), nullptr, 0) > 0) {
+    mode &= modeBehindList(host);
+    for (const char* name : {accessList, "system.posix_acl_default", "security.capability"})
+      if (::lremovexattr(host.c_str(), name) != 0 && errno != ENODATA && errno != EOPNOTSUPP)
+        return systemFailure(path, errno);
+  }
+  if (mode == (status.st_mode & 07777)) return success();
+  return ::chmod(host.c_str(), mode) == 0 ? success() : systemFailure(path, errno);
+}
+
 void LinuxFileManager::setHidden(const std::string& path) {
   ::lsetxattr(root_.hostPath(path).c_str(), "user.vorlu.hidden", "1", 1, 0);
 }

@@ -28,6 +28,7 @@ class LinuxFileManager : public FileManager {
   Result<std::string> linkTarget(const std::string& path) override;
   Status setOwnership(const std::string& path, std::optional<mode_t> mode, const std::string& owner,
                       const std::string& group) override;
+  Status dropGrants(const std::string& path) override;
   void setHidden(const std::string& path) override;
   std::optional<std::int64_t> freeDiskSpace() override;
   std::optional<std::int64_t> diskCapacity() override;

@@ -3,12 +3,10 @@
 #include <string>
 #include <string_view>
 
+#include "vorlu/platform/file_manager.h"
 #include "vorlu/platform/linux/descriptor.h"
 
 namespace vorlu {
-
-/// What the hidden names of unfinished files and trees begin with.
-inline constexpr std::string_view temporaryPrefix = ".vorlu-";
 
 /// `prefix` and 16 random hexadecimal digits.
 std::string temporaryName(std::string_view prefix);

@@ -35,8 +35,9 @@ isSoundImage() {
   [[ -z $dataDigest || $dataDigest == "$(digestOfFirst "$1" "$dataLength")" ]]
 }
 
+# As below /Volumes, where a slash is a colon.
 volumeName() { # FILE
-  dd if="$1" bs=1 skip=$((descriptorOffset + 40)) count=32 2>/dev/null | sed 's/ *$//'
+  dd if="$1" bs=1 skip=$((descriptorOffset + 40)) count=32 2>/dev/null | sed 's/ *$//' | tr / :
 }
 
 # licenceOf FILE: after readTrailer: the text of the licence; nothing without one.
