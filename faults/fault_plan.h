@@ -57,9 +57,12 @@ class FaultPlan {
   struct Seen {
     int calls = 0;
     Touch touches[20000] = {};
-    char struck[400] = "";  ///< the call that met the fault
-    char wrong[400] = "";   ///< what the forked process itself found wrong
-    void note(char (&text)[400], std::string_view line) { text[line.copy(text, sizeof text - 1)] = '\0'; }
+    char struck[4000] = "";  ///< the call that met the fault; room for a prompt with its whole text
+    char wrong[400] = "";    ///< what the forked process itself found wrong
+    template <std::size_t size>
+    void note(char (&text)[size], std::string_view line) {
+      text[line.copy(text, sizeof text - 1)] = '\0';
+    }
   };
 
   FaultPlan()

@@ -224,7 +224,12 @@ TEST(HostileServers, AreToldAndChangeNothing) {
   for (auto& worker : workers) wrong = joined(std::move(wrong), worker.get());
   rusage used{};
   ::getrusage(RUSAGE_SELF, &used);
-  EXPECT_LT(used.ru_maxrss >> 10, 600) << "MiB at most";
+#ifdef __SANITIZE_ADDRESS__
+  constexpr long mostMiB = 1200;  // it keeps what was freed for a while
+#else
+  constexpr long mostMiB = 600;
+#endif
+  EXPECT_LT(used.ru_maxrss >> 10, mostMiB) << "MiB";
   EXPECT_THAT(wrong, ::testing::IsEmpty());
   std::printf("hostile servers: %zu behaviours, %zu cases, %zu violations\n", all.size(), cases.load(), wrong.size());
 }
