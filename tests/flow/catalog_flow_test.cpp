@@ -2,8 +2,11 @@
 
 #include <chrono>
 
+#include "faults/faulty_platform.h"
 #include "tests/unit/server/server_fixture.h"
 #include "vorlu/server/catalog_fetch.h"
+#include "vorlu/server/reachability.h"
+#include "vorlu/server/signed_request.h"
 
 namespace vorlu::test {
 namespace {
@@ -130,6 +133,44 @@ TEST_F(CatalogFlow, BadAnswersLeadToTheLocalCopy) {
   server->stop();
   EXPECT_THAT(fetched(true), ElementsAre("Status"));
   EXPECT_THAT(logged(), ElementsAre(connecting, noAnswer));
+}
+
+/// Every request gets this reply.
+struct OneReply : UrlSession {
+  explicit OneReply(UrlReply always) : reply(std::move(always)) {}
+  UrlReply send(const UrlRequest&) override { return reply; }
+  DownloadReply download(const UrlRequest&, const std::string&) override { return {}; }
+  const UrlReply reply;
+};
+
+TEST_F(CatalogFlow, RepliesThatLackAPartLeadToTheLocalCopy) {
+  const std::string gathering = " from the server whilst attempting to gather ";
+  const std::string end = "application information. Will attempt to use offline data...";
+  const struct {
+    UrlReply reply;
+    std::string catalog, secrets;  ///< lines, the beginning of the second
+  } cases[] = {
+      {{{}, UrlResponse{200, ""}, {}}, "No data was received" + gathering + end, "Warning: No data was received"},
+      {{"[]", {}, {}}, "No response was received" + gathering + end, "Warning: No response was received"},
+      {{"[]", UrlResponse{200, ""}, "cut off"},
+       "An error was received" + gathering + "application information - cut off. Will attempt to use offline data...",
+       "Warning: An error was received"},
+  };
+  for (const auto& c : cases) {
+    Vorlu& run = newRunWithKeys();
+    mac.write(paths::offlineData, oldCopy);
+    OneReply urls(c.reply);
+    Platform platform = faults::faultyPlatform(mac.platform(), mac.files, mac.processes, urls, mac.keychain);
+    Vorlu vorlu(platform, run.site);
+    fetchCatalog(vorlu, true);
+    EXPECT_THAT(names(vorlu), ElementsAre("Old")) << c.catalog;
+    EXPECT_THAT(logged(), ElementsAre(connecting, c.catalog));
+    EXPECT_EQ(copyText(), oldCopy) << c.catalog;
+    fetchServerData(vorlu);
+    EXPECT_EQ(vorlu.keys.serverData, "") << c.catalog;
+    EXPECT_EQ(checkInternetConnection(vorlu), !c.reply.error && c.reply.response) << c.catalog;
+    EXPECT_THAT(logged().back(), StartsWith(c.secrets));
+  }
 }
 
 TEST_F(CatalogFlow, FullDiskLosesNoCopy) {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "tests/support/agent_run.h"
+#include "vorlu/state/duplicates.h"
 #include "vorlu/state/process_table.h"
 #include "vorlu/state/run_type.h"
 
@@ -221,6 +222,28 @@ TEST_F(CoordinationTest, WhatIsNoAgentCountsForNothing) {
   EXPECT_THAT(shown(), ElementsAre("Found external duplicate Vorlu process: moskupdate -u selfService",
                                    "Found external duplicate Vorlu process: vorlu -u selfService",
                                    "Other previously queued Vorlu instances are still running. Exiting..."));
+}
+
+/// Lines of tools that aren't what they should be; the one agent among them is found all the same.
+TEST_F(CoordinationTest, LinesThatAreNoProcessesCountForNothing) {
+  mac.processes.on("/usr/bin/pgrep -x vorlu", {.output = "\nnobody\n99999999999\n4000\n4711\n4712\n4713\n"});
+  mac.processes.on(table, {.output = "\n  \n4711\n4711 1 root\n4711 1 root 05:00\n-4711 1 root 05:00 vorlu\n"
+                                     "4711 1 root now vorlu\n4711x 1 root 05:00 vorlu\n4711 x root 05:00 vorlu\n"
+                                     "4000 4000 root 00:10 vorlu\n 4712 1 root 1-05:00:00  vorlu \n"});
+  mac.processes.on("/bin/ps -Aww -o pid= -o command=",
+                   {.output = "\nx vorlu -u selfService\n4714 sudo vorlu -u selfService\n4715 (vorlu -u selfService)\n"
+                              "4716 [vorlu -u selfService]\n4000 vorlu -u selfService\n"});
+  readProcessTable(vorlu), findDuplicates(vorlu);  // answers of the Mac as it is
+  const Duplicates found = findDuplicates(vorlu);
+  EXPECT_TRUE(found.searched) << found.error;
+  ASSERT_EQ(found.ahead.size(), 1U);
+  EXPECT_EQ(found.ahead[0].pid, 4712);
+  EXPECT_EQ(found.ahead[0].age, 104400);
+  EXPECT_TRUE(found.behind.empty() && found.above.empty());
+  for (const Answer& answer : {Answer{.status = 1}, {.timedOut = true}, {.starts = false}})
+    mac.processes.on(table, answer);
+  readProcessTable(vorlu);  // the last whole one
+  for (int times = 0; times < 3; ++times) EXPECT_FALSE(findDuplicatesByName(vorlu).searched) << times;
 }
 
 TEST_F(CoordinationTest, EndsTheAgentAndItsPromptsAndNobodyElse) {

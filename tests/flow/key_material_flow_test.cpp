@@ -4,6 +4,7 @@
 #include "tests/unit/server/server_fixture.h"
 #include "vorlu/server/key_material.h"
 #include "vorlu/server/keychain_util.h"
+#include "vorlu/server/signed_request.h"
 #include "vorlu/state/encoding.h"
 
 namespace vorlu::test {
@@ -140,6 +141,33 @@ TEST_F(KeyMaterialFlow, UnreadableKeychainIsReplacedOrEndsTheRun) {
 
   deleteKeychainItems(newRun());
   EXPECT_THAT(logged(), ElementsAre(noAccess.front()));
+}
+
+TEST_F(KeyMaterialFlow, DamagedProgramEndsTheRunAndSaysSo) {
+  const std::string undecoded = "Error: Vorlu terminated because data could not be decoded. Please contact ";
+  const seal::SealedTexts whole = sealed;
+  const auto expectEnd = [&](const Lines& lines, const std::string& jamf, auto damage) {
+    sealed = whole;
+    damage(sealed);
+    Vorlu& vorlu = newRun();
+    EXPECT_EQ(endOf([&] { fetchServerData(vorlu); }), 1) << jamf;
+    EXPECT_THAT(logged(), linesThatBegin(lines)) << jamf;
+    EXPECT_THAT(toldJamf(), ElementsAre(jamf));
+  };
+  const auto text = [](seal::SealedTexts& texts, SiteText which) -> std::string& {
+    return texts.texts[static_cast<std::size_t>(which)];
+  };
+  expectEnd({"Error: Failed to decode Base64 string (?)", "Error: Could not decode base 64 string - ", "Exiting..."},
+            undecoded + "support@example.com", [&](auto& texts) { text(texts, SiteText::serverDataURL) = "?"; });
+  expectEnd({"Error: Could not decrypt key - ", "Exiting..."}, undecoded + "support@example.com",
+            [&](auto& texts) { text(texts, SiteText::serverDataURL) = "QUJD"; });
+  expectEnd({"Error: Could not decrypt key - ", "Exiting..."}, undecoded, [](auto& texts) { texts.privateKey = "?"; });
+  for (const auto& [secret, cause] :
+       {std::pair("?", "invalidBase64String"), {"QUJD", "the halves of the signing secret differ in length"}}) {
+    const std::string unread = std::string("Error processing security data - ") + cause;
+    expectEnd({unread, unread, noComponents, "Exiting..."}, noComponents,
+              [value = secret](auto& texts) { texts.signingSecret[1] = value; });
+  }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "tests/flow/prompted_run.h"
 #include "vorlu/platform/termination.h"
+#include "vorlu/policy/test_update_flow.h"
 
 namespace vorlu::test {
 namespace {
@@ -97,6 +98,35 @@ TEST_F(UpdateRun, EndsAProcessThatComesAnewWhileItWaits) {
   update({"Slides"});
   EXPECT_EQ(closedAt - before, 12) << "not waited for";
   EXPECT_EQ(installedVersion("Slides"), "2.0");
+}
+
+TEST_F(UpdateRun, TestOfTheCatalogTellsWhatCameOfEachApp) {
+  const auto test = [this](const Lines& open, const char* unverified, const char* broken) {
+    vorlu.updates = {};
+    for (AppBlueprints& entry : vorlu.catalog.entries) {
+      install(*entry.appName);
+      entry.skipServerVerification = *entry.appName == unverified;
+      entry.universalInstallerHash =
+          *entry.appName == broken ? "wrong" : sha256(appArchive(*entry.appName + ".app", "2.0"));
+    }
+    mac.files.remove(paths::downloads);
+    mac.makeFolder(paths::downloads);
+    for (const std::string& name : open) ScriptedUser::open(name);
+    vorlu.modes.testingBlueprints = true;
+    const std::optional<int> status = endOf([this] { testUpdateFlow(vorlu); });
+    log = messages();
+    EXPECT_FALSE(mac.exists(paths::dialogCommandFile)) << "a test shows nothing";
+    return status;
+  };
+  for (const char* name : {"Slides", "Draw", "Notes"}) addApp(name, false);
+  EXPECT_EQ(test({}, "", ""), 0);
+  EXPECT_EQ(told("No cached updates") + told("All updates installed successfully"), 2U);
+  EXPECT_EQ(test({"Slides", "Draw"}, "Draw", ""), 0);
+  EXPECT_EQ(told("Server verification for Draw is not enabled. Skipping update test..."), 1U);
+  EXPECT_EQ(installedVersion("Slides") + installedVersion("Draw") + installedVersion("Notes"), "2.01.02.0");
+  EXPECT_EQ(test({"Slides", "Draw"}, "", "Draw"), 1);
+  EXPECT_EQ(told("Successful updates: Notes, Slides") + told("Failed updates: Draw"), 2U);
+  EXPECT_EQ(installedVersion("Slides") + installedVersion("Draw") + installedVersion("Notes"), "2.01.02.0");
 }
 
 TEST_F(UpdateRun, AnAppThatIsNoLongerDueCountsByItsVersion) {

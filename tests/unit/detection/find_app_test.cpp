@@ -8,7 +8,7 @@ namespace {
 const std::string threeApps = R"([
   {"appName":"Foo","appIdentifier":"com.example.foo","serverName":"foo","legacyServerName":"oldfoo",
    "appPath":"/Applications/Foo.app","appType":"appBundle"},
-  {"appName":"Bar","appIdentifier":"com.example.bar","serverName":"shared","appPath":"/Applications/Bar.app"},
+  {"appName":"Bar","appIdentifier":"com.example.bar","serverName":"shared","appPath":"/Applications/Bar.app/"},
   {"appName":"Baz","appIdentifier":"com.example.baz","serverName":"shared","legacyServerName":"com.example.foo2"},
   {}])";
 
@@ -41,7 +41,7 @@ TEST(FindApp, NeverLeavesAnotherAppsLocation) {
   ASSERT_FALSE(findApp(run.vorlu, "nothing"));
   EXPECT_EQ(found(), foo);
   ASSERT_TRUE(findApp(run.vorlu, "com.example.bar"));  // no bundle by its type
-  EXPECT_EQ(found(), (Lines{"/Applications/Bar.app", "Bar", ""}));
+  EXPECT_EQ(found(), (Lines{"/Applications/Bar.app/", "Bar", ""}));
   EXPECT_TRUE(app.legacyIdentifierUsed);  // for the rest of the process
   ASSERT_TRUE(findApp(run.vorlu, "com.example.foo"));
   ASSERT_TRUE(findApp(run.vorlu, "Baz"));
@@ -104,6 +104,11 @@ TEST(AllowedLists, FollowCatalogAndPreferences) {
   expectAllowed({bar}, {"Foo", bar}, {foo, "Bar"},
                 {"Warning: Foo was defined in the allowed update array but was also found in the excluded update "
                  "array. Foo updates will not be allowed"});
+  AgentRun run;
+  run.setCatalog(R"([{"appName":"Foo","appIdentifier":""}])");
+  run.vorlu.modes.standing = Standing::beside;
+  EXPECT_EQ(endOf([&run] { buildAllowedLists(run.vorlu); }), 1);
+  EXPECT_EQ(run.messages().front().find("Error: Could not collect Vorlu App information. "), 0U);
 }
 
 }  // namespace

@@ -24,8 +24,9 @@ TEST(WebScraperTest, FindsTheFirstWholeMatch) {
   expectFound("https://p", "a=9", std::nullopt, missing);
   expectFound("https://p", "z*", std::nullopt, "Obtained Foo download URL: ");
   expectFound("https://other", "a", std::nullopt, missing);
-  expectFound("--load-extension=/tmp", "a", std::nullopt,
-              "Error: Invalid search URL sepcified, could not obtain download URL.");
+  for (const char* url :
+       {"--load-extension=/tmp", "file://p", "https://", "https:///p", "https://p /", "https://p\x7f", "https://p|x"})
+    expectFound(url, "a", std::nullopt, "Error: Invalid search URL sepcified, could not obtain download URL.");
 }
 
 TEST(WebScraperTest, ReportsBadPatternsAndPassesOnlyUserAgents) {

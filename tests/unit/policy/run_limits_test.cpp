@@ -33,6 +33,20 @@ TEST(RunLimitsGates, OnAMondayAtNoon) {
   limits.monday = false;
   EXPECT_FALSE(passesRunDayGate(run.vorlu.log, clock, limits, 3));
   EXPECT_TRUE(passesRunDayGate(run.vorlu.log, clock, limits, 2));
+  const struct {
+    const char *start, *end, *line;
+    bool passes;
+  } times[] = {
+      {"", "", "No run time limitations were found for Monday", true},
+      {"9am", "17:00", "Error: An invalid Monday run time limitation was specified (start: 9am, end: 1700)", true},
+      {"08:00", "0800", "Warning: Run time limitations for Monday were found, but the start and end times", true},
+      {"13:00", "14:00", "", false},
+  };
+  for (const auto& [start, end, line, passes] : times) {
+    limits.mondayStartTime = start, limits.mondayEndTime = end;
+    EXPECT_EQ(passesRunTimeGate(run.vorlu.log, clock, limits), passes) << line;
+    EXPECT_THAT(run.messages(), testing::Contains(testing::StartsWith(line))) << start;
+  }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "vorlu/server/signed_request.h"
 
 #include "tests/unit/server/server_fixture.h"
+#include "vorlu/install/manifest_package.h"
 
 namespace vorlu::test {
 namespace {
@@ -28,6 +29,8 @@ TEST_F(SignedRequest, SplitsUrlIntoBaseAndPath) {
       {"https://s.example/manifest/all", "https://s.example /manifest/all"},
       {"http://127.0.0.1:8642/manifest", "http://127.0.0.1:8642 /manifest"},
       {"https://u:p@s.example/m?x=1#y", "https://s.example /m"},
+      {"x-http+v.2://S.example", "x-http+v.2://S.example "},
+      {"HTTPS://s.example/é", "HTTPS://s.example /é"},
       {"https://s.example?x=/y", "https://s.example "},
       {"https://[::1]:1/m", "https://[::1]:1 /m"},
   };
@@ -37,11 +40,12 @@ TEST_F(SignedRequest, SplitsUrlIntoBaseAndPath) {
     ASSERT_TRUE(parts) << url;
     EXPECT_EQ(parts->base + " " + parts->path, split) << url;
   }
-  for (const char* url : {"", "s.example/m", "/m", "https:///m", "1s://s/m", "https://s /m", "https://:80/m"})
+  for (const char* url : {"", "s.example/m", "/m", "https:///m", "1s://s/m", "https://s /m", "https://:80/m", "://s/m",
+                          "h_s://s/m", "https://s\x7f/m"})
     EXPECT_FALSE(splitServerURL(vorlu, url)) << url;
   EXPECT_THAT(
       logged(),
-      AllOf(SizeIs(7),
+      AllOf(SizeIs(10),
             Each("Error: Failed to parse Vorlu server URL. If this issue persists contact support@example.com")));
 }
 
@@ -60,6 +64,19 @@ TEST_F(SignedRequest, ServerDataTellsWhatIsMissing) {
   expectData(R"(["data"])", {"", "", ""}, {failed + "typeMismatch(Dictionary<String, Any>, Context(codingPath: []"});
   expectData(R"({"data": 5})", {"", "", ""}, {failed + R"(typeMismatch(String, Context(codingPath: ["data"])"});
   expectData("", {"", "", ""}, {failed + "dataCorrupted("});
+}
+
+TEST_F(SignedRequest, ManifestGivesVersionsThatFitIntoAFileName) {
+  serveInventory(R"({"label": "SelfUpdatesNew", "url": ")" + base + R"(/manifest", "token": "t"})");
+  const std::string others = R"([{"componentName": "Other"}, {"componentName": "Dialog"}, {"componentName": "Vorlu", )";
+  for (const auto& [version, fits] :
+       {std::pair("1.2-b+3", true), {"", false}, {"v1", false}, {"1/../x", false}, {"1 2", false}}) {
+    serve("manifest.json", others + R"("latestVersion": ")" + version + "\"}]");
+    EXPECT_EQ(manifestRecord(newRunWithKeys(), "Vorlu").has_value(), fits) << version;
+    EXPECT_EQ(logged().front(), "Ignoring the component Other of the manifest");
+  }
+  serveInventory(R"({"label": "SelfUpdatesNew", "url": "no URL", "token": "t"})");
+  EXPECT_EQ(endOf([this] { manifestRecord(newRunWithKeys(), "Vorlu"); }), 1);
 }
 
 }  // namespace

@@ -54,6 +54,8 @@ TEST_F(ForcedReceipt, AChangeKeepsWhatTheAdministratorWrote) {
     EXPECT_EQ(loadForcedReceipt(mac.files, path).lastRun, 77);
     EXPECT_EQ(mac.read(path).find("<integer>4</integer>") == std::string::npos, bytes == "no list") << mac.read(path);
   }
+  updateReceipt(vorlu, forcedReceiptPath("taken back"), {});
+  EXPECT_FALSE(mac.exists(forcedReceiptPath("taken back")));
   mac.files.failWrite(1);
   updateReceipt(vorlu, path, {});
   EXPECT_THAT(messages(),

@@ -43,6 +43,12 @@ TEST(Json, TellsWhatIsWrongAndWhere) {
       {R"([{"appName":"a":[1]@]}])", broken(badStructure)},
       {"[] []", broken("Unexpected trailing content in the JSON input.")},
       {R"([{"unknown":{"deep":[tru]}}])", broken("The JSON element does not have the requested type.")},
+      {R"([{"unknown":nil}])", broken("The JSON element does not have the requested type.")},
+      {R"([{"mode":1e300}])",
+       "dataCorrupted(" + context("[\"Index 0\", \"mode\"]", "Parsed number does not fit in Int.")},
+      {R"([{"\u0061ppName":5}])", mismatch("String", "[\"Index 0\", \"appName\"]", "a number")},
+      {"5", mismatch("Array<Any>", "[]", "a number")},
+      {"null", mismatch("Array<Any>", "[]", "null")},
   };
   for (const auto& [text, error] : cases) {
     const auto decoded = decodeJson<Entries>(text);
@@ -65,6 +71,7 @@ TEST(Json, KeepsWhatARecordHoldsAndNothingElse) {
   const auto decoded = decodeJson<Entries>(
       R"([{"mode":0,"unknown":[{"a":1}],"appName":"Å \"x\"\n","owner":"","appIdentifier":null},{}])");
   ASSERT_TRUE(decoded.ok()) << decoded.error();
+  EXPECT_EQ(decodeJson<Entries>(R"([{"mode":493.0}])")->front().mode, 493);
   EXPECT_EQ(encodeJson(*decoded, JsonLayout::compact),
             "[{\"appName\":\"Å \\\"x\\\"\\n\",\"owner\":\"\",\"mode\":0},{}]");
   AppBlueprints noText;
@@ -90,6 +97,10 @@ TEST(PropertyList, TellsWhatIsWrongAndWhere) {
       {propertyList("<dict><key>name</key><date>2026-01-01T00:00:00Z</date></dict>"),
        mismatch("String", "[\"name\"]", "a date or data")},
       {propertyList("<dict/>"), "keyNotFound(name, " + context("[]", "No value associated with key name.")},
+      {propertyList("<dict><key>number</key><real>1.5</real></dict>"),
+       "dataCorrupted(" + context("[\"number\"]", "Parsed number does not fit in Int.")},
+      {propertyList("<dict><key>number</key><real>1e300</real></dict>"),
+       "dataCorrupted(" + context("[\"number\"]", "Parsed number does not fit in Int.")},
       {"not a property list", "dataCorrupted(" + context("[]", "The given data was not a valid property list.")},
       {"bplist00\x01\x02", "dataCorrupted(" + context("[]", "The given data was not a valid property list.")},
   };
@@ -98,6 +109,10 @@ TEST(PropertyList, TellsWhatIsWrongAndWhere) {
     ASSERT_FALSE(decoded.ok()) << text;
     EXPECT_EQ(decoded.error(), error) << text;
   }
+  EXPECT_EQ(
+      decodePropertyList<Record>(propertyList("<dict><key>name</key><string/><key>number</key><real>5</real></dict>"))
+          ->number,
+      5);
 }
 
 /// A binary list of `levels` arrays, each with `references` references to the next.
@@ -125,6 +140,58 @@ TEST(PropertyList, SmallFilesThatWouldExhaustTheParserAreRefused) {
   std::string deep;
   for (int level = 0; level < 300000; ++level) deep += "<array>";
   EXPECT_EQ(error(propertyList(deep)), corrupted);
+}
+
+/// What the last 32 bytes of a binary list say.
+struct Trailer {
+  int offsetWidth = 1, referenceWidth = 1;
+  std::uint64_t objects = 1, root = 0, table = 0;  ///< table 0: right behind the objects
+};
+
+/// A binary list of `objects`, which begin at byte 8, and their offsets.
+std::string binaryList(const std::string& objects, const std::string& offsets, const Trailer& trailer = {}) {
+  std::string list = "bplist00" + objects + offsets + std::string(6, '\0');
+  list += static_cast<char>(trailer.offsetWidth);
+  list += static_cast<char>(trailer.referenceWidth);
+  for (const std::uint64_t number :
+       {trailer.objects, trailer.root, trailer.table != 0 ? trailer.table : 8 + objects.size()})
+    for (int shift = 56; shift >= 0; shift -= 8) list += static_cast<char>(number >> shift);
+  return list;
+}
+
+TEST(PropertyList, BinaryOnesThatPointOutsideThemselvesAreRefused) {
+  const std::string corrupted = "dataCorrupted(" + context("[]", "The given data was not a valid property list.");
+  const std::string twenty = std::string("\xaf\x10\x14") + std::string(20, '\1');  // references, counted by an object
+  EXPECT_EQ(decodePropertyList<Record>(binaryList(twenty + "\x50", "\x08\x1f", {.objects = 2})).error(),
+            mismatch("Dictionary<String, Any>", "[]", "an array"));
+  const std::string empty = "\xa0", at8 = "\x08";
+  const auto endingWith = [](std::uint64_t table) { return std::string(table - 8, '\x50'); };
+  const std::pair<const char*, std::string> cases[] = {
+      {"shorter than its trailer", "bplist00" + empty},
+      {"offsets of no width", binaryList(empty, at8, {.offsetWidth = 0})},
+      {"offsets too wide", binaryList(empty, at8, {.offsetWidth = 9})},
+      {"references of no width", binaryList(empty, at8, {.referenceWidth = 0})},
+      {"references too wide", binaryList(empty, at8, {.referenceWidth = 9})},
+      {"offsets outside", binaryList(empty, at8, {.table = std::uint64_t{1} << 40})},
+      {"more objects than offsets", binaryList(empty, at8, {.objects = std::uint64_t{1} << 60})},
+      {"root outside", binaryList(empty, at8, {.root = 1})},
+      {"object outside", binaryList(empty, "\xff")},
+      {"reference outside", binaryList("\xa1\x07", at8)},
+      {"array in itself", binaryList(std::string("\xa1\0", 2), at8)},
+      {"references outside", binaryList("\xae", at8, {.referenceWidth = 8})},
+      {"count that is no number", binaryList("\xaf\x50", at8)},
+      {"count too wide", binaryList("\xaf\x14", at8)},
+      {"count beyond everything", binaryList("\xaf\x13" + std::string(8, '\xff'), at8)},
+      {"count behind the end",
+       binaryList(endingWith(0x14af), "\x14\xd0", {.offsetWidth = 2})},  // its last byte begins an array
+      {"count cut off",
+       binaryList(endingWith(0xaf13), "\xaf\x33", {.offsetWidth = 2})},  // its last two begin an array and a count
+  };
+  for (const auto& [what, list] : cases) {
+    const auto decoded = decodePropertyList<Record>(list);
+    ASSERT_FALSE(decoded.ok()) << what;
+    EXPECT_EQ(decoded.error(), corrupted) << what;
+  }
 }
 
 TEST(PropertyDictionary, ChangesOneKeyAndKeepsTheOthers) {

@@ -1,6 +1,7 @@
 #include "vorlu/state/log.h"
 
 #include "tests/support/agent_run.h"
+#include "vorlu/state/dialog_command.h"
 #include "vorlu/state/format_date.h"
 
 namespace vorlu::test {
@@ -43,15 +44,18 @@ struct LogTest : testing::Test, AgentRun {};
 
 TEST_F(LogTest, WritesOneLineAMessage) {
   vorlu.log("in the file alone", silent);
-  vorlu.log("forged\nSun Mar 01 line\x1b[31m\tend");
-  EXPECT_THAT(shown(), ElementsAre("forged\\nSun Mar 01 line\\x1b[31m\\tend"));
+  vorlu.log("forged\nSun Mar 01 line\x1b[31m\tend\r\x7f");
+  EXPECT_THAT(shown(), ElementsAre("forged\\nSun Mar 01 line\\x1b[31m\\tend\\r\\x7f"));
   mac.device.serial.reset();
   vorlu.log("no serial");
   EXPECT_EQ(mac.read("/private/var/log/Vorlu.log"),
             fmt::format("{0} C02SIM00001 vorlu[4000]: in the file alone\n"
-                        "{0} C02SIM00001 vorlu[4000]: forged\\nSun Mar 01 line\\x1b[31m\\tend\n"
+                        "{0} C02SIM00001 vorlu[4000]: forged\\nSun Mar 01 line\\x1b[31m\\tend\\r\\x7f\n"
                         "{0} Unknown vorlu[4000]: no serial\n",
                         "Mon Mar 02 12:00:00"));
+  mac.makeFolder(paths::components);
+  writeDialogCommand(vorlu, "progresstext: a\nquit:\rb");  // a name that would command the window
+  EXPECT_EQ(mac.read(paths::dialogCommandFile), "progresstext: a quit: b\n");
 }
 
 TEST_F(LogTest, FilesErrorsInOrderAndReplacesABrokenRecord) {

@@ -96,6 +96,19 @@ TEST_F(RunTypeTest, AloneItClearsWhatACrashLeft) {
   EXPECT_EQ(tools(), Lines{"/usr/bin/pgrep -x vorlu"});  // asked once
 }
 
+TEST_F(RunTypeTest, AloneItLeavesWhatALivingRunPublishes) {
+  mac.processes.addProcess(77);
+  for (const auto& [receipt, stays] : {std::pair("77", true), {"garbled", false}, {"", false}}) {
+    leaveBehind("N/A", receipt);
+    if (*receipt == '\0') mac.write(paths::watchReceipt, "no property list");
+    clearTracesOfCrash(vorlu);
+    EXPECT_EQ(mac.exists(paths::watchReceipt), stays) << receipt;
+  }
+  mac.files.failWritesFrom(1);
+  EXPECT_EQ(endOf([this] { writeMissedUpdateReceipt(vorlu); }), 1);
+  EXPECT_FALSE(mac.exists(paths::missedUpdate));
+}
+
 TEST_F(RunTypeTest, BesideAnotherAgentItWritesNothing) {
   const Answer answers[] = {{.output = "4000\n4711\n"}, {.status = 3}, {.timedOut = true}, {.starts = false}};
   for (const Answer& answer : answers) mac.processes.on("/usr/bin/pgrep -x vorlu", answer);
