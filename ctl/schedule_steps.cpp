@@ -15,7 +15,7 @@ namespace vorlu::ctl {
 namespace {
 
 constexpr std::int64_t quarter = 900;  ///< seconds between two recurring runs
-constexpr std::int64_t outlook = std::int64_t{35} * 24 * 3600;
+constexpr std::int64_t outlookSeconds = std::int64_t{35} * 24 * 3600;
 
 const std::string scheduled = "ScheduledUpdates";
 
@@ -207,7 +207,8 @@ std::optional<std::int64_t> nextOpenMoment(ReadOnlyMac& mac, const Site& site) {
   const auto from = static_cast<std::int64_t>(mac.clock.now());
   std::optional<std::int64_t> open;
   std::optional<Vorlu> run;
-  for (std::int64_t moment = from; !open && moment <= from + outlook; moment = (moment / quarter + 1) * quarter) {
+  for (std::int64_t moment = from; !open && moment <= from + outlookSeconds;
+       moment = (moment / quarter + 1) * quarter) {
     mac.clock.moveTo(static_cast<Seconds>(moment));
     if (!run) run.emplace(mac.platform(), site);
     if (schemeStep(*run).verdict == stops) continue;

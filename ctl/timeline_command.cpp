@@ -58,8 +58,10 @@ void setHours(RehearsalPlan& plan, const std::string& text) {
   plan.toMinute = toHour * 60 + toMinute;
   const bool isTime =
       fromHour >= 0 && fromMinute >= 0 && fromMinute < 60 && toHour < 24 && toMinute >= 0 && toMinute < 60;
-  if (read != 4 || static_cast<std::size_t>(length) != text.size() || !isTime || plan.fromMinute >= plan.toMinute)
+  if (read != 4 || static_cast<std::size_t>(length) != text.size() || !isTime)
     throw std::invalid_argument(fmt::format("--hours: \"{}\" is no time of a day such as 09:00-17:00", text));
+  if (plan.fromMinute >= plan.toMinute)
+    throw std::invalid_argument(fmt::format("--hours: \"{}\" ends before it begins", text));
 }
 
 std::int64_t startOf(const std::optional<std::string>& text) {

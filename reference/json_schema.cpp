@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "reference/data_type.h"
 #include "reference/key_title.h"
 
 namespace vorlu::reference {
@@ -10,22 +11,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr auto dialect = "http://json-schema.org/draft-07/schema#";
-
-std::string_view jsonType(KeyType type) {
-  switch (type) {
-    case KeyType::text:
-      return "string";
-    case KeyType::integer:
-      return "integer";
-    case KeyType::boolean:
-      return "boolean";
-    case KeyType::textList:
-      return "array";
-    case KeyType::section:
-      return "object";
-  }
-  return {};
-}
 
 Json jsonValue(KeyType type, const std::string& text) {
   if (type == KeyType::boolean) return text == "true";
@@ -48,7 +33,8 @@ void addLimits(Json& schema, const KeyNote& note) {
 }
 
 Json keySchema(const KeyReference& key) {
-  Json schema = {{"title", keyTitle(key.key())}, {"description", key.note.help}, {"type", jsonType(key.type)}};
+  Json schema = {
+      {"title", keyTitle(key.key())}, {"description", key.note.help}, {"type", dataType(key.type, "object")}};
   if (!key.note.unit.empty())
     schema["description"] = std::string(key.note.help) + " (" + std::string(key.note.unit) + ")";
   if (key.defaultText) schema["default"] = jsonValue(key.type, *key.defaultText);

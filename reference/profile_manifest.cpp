@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "reference/data_type.h"
 #include "reference/key_title.h"
 #include "vorlu/state/property_list.h"
 
@@ -15,22 +16,6 @@ void add(Encoder& out, std::string_view key, std::string_view value) {
 void add(Encoder& out, std::string_view key, std::int64_t value) {
   out.key(key);
   out.integer(value);
-}
-
-std::string_view manifestType(KeyType type) {
-  switch (type) {
-    case KeyType::text:
-      return "string";
-    case KeyType::integer:
-      return "integer";
-    case KeyType::boolean:
-      return "boolean";
-    case KeyType::textList:
-      return "array";
-    case KeyType::section:
-      return "dictionary";
-  }
-  return {};
 }
 
 void addDefault(Encoder& out, const KeyReference& key) {
@@ -70,7 +55,7 @@ class Subkeys {
     add(out_, "pfm_name", key.key());
     add(out_, "pfm_title", keyTitle(key.key()));
     add(out_, "pfm_description", note.help);
-    add(out_, "pfm_type", manifestType(key.type));
+    add(out_, "pfm_type", dataType(key.type, "dictionary"));
     addDefault(out_, key);
     addLimits(out_, note);
     if (!note.unit.empty()) add(out_, "pfm_value_unit", note.unit);

@@ -31,7 +31,7 @@ class FrequencyCalculation {
   /// `now` less the interval of the option; an unknown one has none.
   std::int64_t frequencyCutoffTime(std::string_view option) const;
   std::int64_t startOfTodayTime() const { return startOfToday_; }
-  /// Midnight of the most recent patch day that isn't today.
+  /// Midnight at which the most recent patch day began; today's, when today is one.
   std::int64_t lastPatchDayStartTime(std::int64_t patchDay) const;
 
  private:
