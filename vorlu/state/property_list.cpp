@@ -7,7 +7,7 @@
 #include <limits>
 #include <vector>
 
-#include "vorlu/state/property_list_bounds.h"
+#include "vorlu/state/safe_property_list.h"
 
 namespace vorlu {
 namespace {
@@ -18,7 +18,7 @@ struct FreePlist {
 using OwnedPlist = std::unique_ptr<void, FreePlist>;
 
 OwnedPlist parse(std::string_view bytes) {
-  if (bytes.size() > std::numeric_limits<std::uint32_t>::max() || !isBoundedPropertyList(bytes)) return nullptr;
+  if (bytes.size() > std::numeric_limits<std::uint32_t>::max() || !isSafePropertyList(bytes)) return nullptr;
   plist_t root = nullptr;
   plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);
   return OwnedPlist(root);

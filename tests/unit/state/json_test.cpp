@@ -194,6 +194,23 @@ TEST(PropertyList, BinaryOnesThatPointOutsideThemselvesAreRefused) {
   }
 }
 
+TEST(PropertyList, BinaryKeysThatTheParserDiesOfAreRefused) {
+  // a dictionary of one key and the text "v"
+  const auto read = [](const std::string& key) {
+    const std::string offsets{8, 13, 11};
+    const auto dictionary = PropertyDictionary::parse(binaryList("\xd1\1\2\x51v" + key, offsets, {.objects = 3}));
+    return dictionary.ok() ? dictionary->toXml() : "";
+  };
+  const auto bytes = [](const char* text, std::size_t length) { return std::string(text, length); };
+  EXPECT_THAT(read("\x53key"), testing::HasSubstr("<key>key</key>\n\t<string>v<"));
+  EXPECT_THAT(read(bytes("\x62\0k\1\0", 5)), testing::HasSubstr("<key>k\xC4\x80</key>"));
+  EXPECT_THAT(read("\x5f\x10\x0fAVeryLongKeyOf1"), testing::HasSubstr("<key>AVeryLongKeyOf1</key>"));
+  for (const std::string& key : {bytes("\x63\0k\0\0\0y", 7), bytes("\x62\xd8\1\0\0", 5), bytes("\x53k\0y", 4),
+                                 bytes("\x10\5", 2), bytes("\xa0", 1), bytes("\x6e\0k", 3)})
+    EXPECT_EQ(read(key), "") << testing::PrintToString(key);
+  EXPECT_FALSE(PropertyDictionary::parse(binaryList("\xd1\7\1\x51v", "\x08\x0b", {.objects = 2})).ok());
+}
+
 TEST(PropertyDictionary, ChangesOneKeyAndKeepsTheOthers) {
   auto dictionary = PropertyDictionary::parse(propertyList("<dict><key>Foreign</key><real>1.5</real></dict>"));
   ASSERT_TRUE(dictionary.ok());

@@ -1,0 +1,138 @@
+#include "vorlu/state/safe_property_list.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace vorlu {
+namespace {
+
+// Far above any list that the agent reads.
+constexpr std::size_t depthLimit = 512;
+constexpr std::uint64_t objectLimit = 2'000'000;
+constexpr std::size_t xmlContainerLimit = 50'000;
+
+std::uint64_t bigEndian(std::string_view bytes) {
+  std::uint64_t number = 0;
+  for (const char byte : bytes) number = number << 8 | static_cast<std::uint8_t>(byte);
+  return number;
+}
+
+/// The object graph of a binary list.
+class BinaryGraph {
+ public:
+  explicit BinaryGraph(std::string_view bytes) : bytes_(bytes) {}
+
+  /// Whether the tree that the root's references unfold to stays within the limits, with keys that can be read.
+  bool isSafe() {
+    constexpr std::size_t trailerSize = 32;
+    if (bytes_.size() < trailerSize) return false;
+    const std::string_view trailer = bytes_.substr(bytes_.size() - trailerSize);
+    offsetWidth_ = bigEndian(trailer.substr(6, 1));
+    referenceWidth_ = bigEndian(trailer.substr(7, 1));
+    const std::uint64_t objects = bigEndian(trailer.substr(8, 8));
+    table_ = bigEndian(trailer.substr(24, 8));
+    if (!isWidth(offsetWidth_) || !isWidth(referenceWidth_) || table_ > bytes_.size()) return false;
+    if (objects > (bytes_.size() - table_) / offsetWidth_) return false;
+    unfolded_.assign(objects, 0);
+    return unfold(bigEndian(trailer.substr(16, 8)), 0) <= objectLimit;
+  }
+
+ private:
+  static constexpr std::uint64_t tooMany = objectLimit + 1;
+
+  static bool isWidth(std::uint64_t width) { return width >= 1 && width <= 8; }
+
+  /// Objects that `object` unfolds to, itself included; `tooMany` beyond the limits or outside the file.
+  std::uint64_t unfold(std::uint64_t object, std::size_t depth) {
+    if (object >= unfolded_.size() || depth > depthLimit) return tooMany;
+    if (unfolded_[object] != 0) return unfolded_[object];
+    const auto read = objectAt(object);
+    if (!read || (read->kind == dictionary && !keysAreSafe(*read))) return tooMany;
+    const auto all = references(*read);
+    if (!all) return tooMany;
+    std::uint64_t total = 1;
+    for (std::string_view rest = *all; !rest.empty() && total <= objectLimit; rest.remove_prefix(referenceWidth_))
+      total += unfold(bigEndian(rest.substr(0, referenceWidth_)), depth + 1);
+    if (total > objectLimit) return tooMany;
+    unfolded_[object] = static_cast<std::uint32_t>(total);
+    return total;
+  }
+
+  /// What an object's marker says. `count` means characters of a text, references of an array, pairs of a dictionary.
+  struct Object {
+    unsigned kind;
+    std::uint64_t count;
+    std::uint64_t contents;  ///< where they begin in the file
+  };
+  static constexpr unsigned asciiText = 5, wideText = 6, array = 10, dictionary = 13;
+
+  /// Nothing when it leaves the file.
+  std::optional<Object> objectAt(std::uint64_t object) const {
+    std::uint64_t at = bigEndian(bytes_.substr(table_ + object * offsetWidth_, offsetWidth_));
+    if (at >= bytes_.size()) return std::nullopt;
+    const unsigned marker = static_cast<std::uint8_t>(bytes_[at++]);
+    Object read{marker >> 4, marker & 0x0f, at};
+    const bool isCounted = read.kind == asciiText || read.kind == wideText || read.kind >= array;
+    if (!isCounted || read.count != 0x0f) return read;
+    // the count is an integer object of its own
+    const unsigned size = at < bytes_.size() ? static_cast<std::uint8_t>(bytes_[at++]) : 0;
+    if (size < 0x10 || size > 0x13) return std::nullopt;
+    const std::size_t width = std::size_t{1} << (size & 0x0f);
+    return Object{read.kind, bigEndian(bytes_.substr(at, width)), at + width};
+  }
+
+  /// `count` items of `width` bytes each; nothing when they leave the file.
+  std::optional<std::string_view> items(const Object& object, std::uint64_t width) const {
+    if (object.contents > bytes_.size() || object.count > (bytes_.size() - object.contents) / width)
+      return std::nullopt;
+    return bytes_.substr(object.contents, object.count * width);
+  }
+
+  /// Those of an array, set or dictionary, where the keys come first; none of any other object.
+  std::optional<std::string_view> references(const Object& object) const {
+    if (object.kind < array) return std::string_view{};
+    return items(object, (object.kind >= dictionary ? 2 : 1) * referenceWidth_);
+  }
+
+  bool keysAreSafe(const Object& object) const {
+    auto keys = items(object, referenceWidth_);
+    for (; keys && !keys->empty(); keys->remove_prefix(referenceWidth_)) {
+      const std::uint64_t key = bigEndian(keys->substr(0, referenceWidth_));
+      if (key >= unfolded_.size() || !isSafeKey(objectAt(key))) return false;
+    }
+    return keys.has_value();
+  }
+
+  /// A text without zeros. Of two bytes a character, one of them may be zero.
+  bool isSafeKey(const std::optional<Object>& key) const {
+    if (!key || (key->kind != asciiText && key->kind != wideText)) return false;
+    const std::size_t width = key->kind == wideText ? 2 : 1;
+    const auto text = items(*key, width);
+    if (!text) return false;
+    for (std::size_t at = 0; at < text->size(); at += width)
+      if (bigEndian(text->substr(at, width)) == 0) return false;
+    return true;
+  }
+
+  std::string_view bytes_;
+  std::uint64_t offsetWidth_ = 0;
+  std::uint64_t referenceWidth_ = 0;
+  std::uint64_t table_ = 0;
+  std::vector<std::uint32_t> unfolded_;  ///< by object; 0: not known yet
+};
+
+std::size_t occurrences(std::string_view text, std::string_view part) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, at + part.size())) ++count;
+  return count;
+}
+
+}  // namespace
+
+bool isSafePropertyList(std::string_view bytes) {
+  if (bytes.starts_with("bplist")) return BinaryGraph(bytes).isSafe();
+  return occurrences(bytes, "<array") + occurrences(bytes, "<dict") <= xmlContainerLimit;
+}
+
+}  // namespace vorlu
