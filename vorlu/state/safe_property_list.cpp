@@ -104,12 +104,12 @@ class BinaryGraph {
     return keys.has_value();
   }
 
-  /// A text without zeros. Of two bytes a character, one of them may be zero.
+  /// A text without a zero among its characters.
   bool isSafeKey(const std::optional<Object>& key) const {
     if (!key || (key->kind != asciiText && key->kind != wideText)) return false;
     const std::size_t width = key->kind == wideText ? 2 : 1;
     const auto text = items(*key, width);
-    if (!text) return false;
+    if (!text || width == 1) return text && text->find('\0') == std::string_view::npos;
     for (std::size_t at = 0; at < text->size(); at += width)
       if (bigEndian(text->substr(at, width)) == 0) return false;
     return true;
