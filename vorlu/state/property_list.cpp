@@ -149,6 +149,21 @@ std::string toXmlText(plist_t root) {
   return text == nullptr ? std::string{} : std::string(text, length);
 }
 
+/// A binary list may have a key twice. The first value counts, as when it is looked up; written out, the last one
+/// would.
+OwnedPlist withoutRepeatedKeys(OwnedPlist dictionary) {
+  OwnedPlist fresh(plist_new_dict());
+  bool isRepeated = false;
+  PlistNode(dictionary.get()).forEachMember([&](std::string_view name, Node&) {
+    const std::string key(name);
+    if (plist_dict_get_item(fresh.get(), key.c_str()) != nullptr)
+      isRepeated = true;
+    else
+      plist_dict_set_item(fresh.get(), key.c_str(), plist_copy(plist_dict_get_item(dictionary.get(), key.c_str())));
+  });
+  return isRepeated ? std::move(fresh) : std::move(dictionary);
+}
+
 const char* const notAPropertyList = "The given data was not a valid property list.";
 
 }  // namespace
@@ -183,6 +198,7 @@ PropertyDictionary::~PropertyDictionary() = default;
 Result<PropertyDictionary> PropertyDictionary::parse(std::string_view bytes) {
   auto root = std::make_unique<Root>(Root{vorlu::parse(bytes)});
   if (!root->node || kindOf(root->node.get()) != NodeKind::dictionary) return Failure{notAPropertyList};
+  root->node = withoutRepeatedKeys(std::move(root->node));
   return PropertyDictionary(std::move(root));
 }
 
