@@ -101,7 +101,8 @@ void expectAppleScriptText(const std::string& value) {
 void expectWordsReplaced(const std::string& text, const std::string& value) {
   const std::string replaced = withWordsReplaced(text, {{"appName", value}, {"app", "x"}});
   if (text.find("app") == std::string::npos) expectSame(replaced, text, "a text without words stays");
-  if (value.find("app") == std::string::npos)
+  // other values may complete a word together with the letters around them, which is theirs to stay
+  if (!value.empty() && value.find_first_of("appName") == std::string::npos)
     expect(replaced.find("appName") == std::string::npos, "no word is left", text, replaced);
 }
 
