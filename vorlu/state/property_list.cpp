@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <set>
 #include <vector>
 
 #include "vorlu/state/safe_property_list.h"
@@ -149,19 +150,14 @@ std::string toXmlText(plist_t root) {
   return text == nullptr ? std::string{} : std::string(text, length);
 }
 
-/// A binary list may have a key twice. The first value counts, as when it is looked up; written out, the last one
-/// would.
-OwnedPlist withoutRepeatedKeys(OwnedPlist dictionary) {
-  OwnedPlist fresh(plist_new_dict());
-  bool isRepeated = false;
-  PlistNode(dictionary.get()).forEachMember([&](std::string_view name, Node&) {
-    const std::string key(name);
-    if (plist_dict_get_item(fresh.get(), key.c_str()) != nullptr)
-      isRepeated = true;
-    else
-      plist_dict_set_item(fresh.get(), key.c_str(), plist_copy(plist_dict_get_item(dictionary.get(), key.c_str())));
+/// A binary list may have a key twice. The last value stays, as of an XML list: one that is set must not be beside it.
+void dropRepeatedKeys(plist_t dictionary) {
+  std::set<std::string, std::less<>> seen;
+  std::vector<std::string> repeated;
+  PlistNode(dictionary).forEachMember([&](std::string_view key, Node&) {
+    if (!seen.emplace(key).second) repeated.emplace_back(key);
   });
-  return isRepeated ? std::move(fresh) : std::move(dictionary);
+  for (const std::string& key : repeated) plist_dict_remove_item(dictionary, key.c_str());
 }
 
 const char* const notAPropertyList = "The given data was not a valid property list.";
@@ -198,7 +194,7 @@ PropertyDictionary::~PropertyDictionary() = default;
 Result<PropertyDictionary> PropertyDictionary::parse(std::string_view bytes) {
   auto root = std::make_unique<Root>(Root{vorlu::parse(bytes)});
   if (!root->node || kindOf(root->node.get()) != NodeKind::dictionary) return Failure{notAPropertyList};
-  root->node = withoutRepeatedKeys(std::move(root->node));
+  dropRepeatedKeys(root->node.get());
   return PropertyDictionary(std::move(root));
 }
 

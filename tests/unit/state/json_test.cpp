@@ -211,11 +211,11 @@ TEST(PropertyList, BinaryKeysThatTheParserDiesOfAreRefused) {
   EXPECT_FALSE(PropertyDictionary::parse(binaryList("\xd1\7\1\x51v", "\x08\x0b", {.objects = 2})).ok());
 }
 
-TEST(PropertyDictionary, KeepsTheFirstValueOfAKeyThatComesTwice) {
+TEST(PropertyDictionary, KeepsTheLastValueOfAKeyThatComesTwice) {
   const std::string offsets{8, 13, 15, 17};
   auto dictionary = PropertyDictionary::parse(binaryList("\xd2\1\1\2\3\x51k\x51v\x51w", offsets, {.objects = 4}));
   ASSERT_TRUE(dictionary.ok());
-  EXPECT_THAT(dictionary->toXml(), testing::HasSubstr("<dict>\n\t<key>k</key>\n\t<string>v</string>\n</dict>"));
+  EXPECT_THAT(dictionary->toXml(), testing::HasSubstr("<dict>\n\t<key>k</key>\n\t<string>w</string>\n</dict>"));
   dictionary->set("k", std::string_view("new"));
   EXPECT_THAT(dictionary->toXml(), testing::HasSubstr("<dict>\n\t<key>k</key>\n\t<string>new</string>\n</dict>"));
 }
