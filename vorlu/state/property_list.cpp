@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <set>
 #include <vector>
 
 #include "vorlu/state/safe_property_list.h"
@@ -150,16 +149,6 @@ std::string toXmlText(plist_t root) {
   return text == nullptr ? std::string{} : std::string(text, length);
 }
 
-/// A binary list may have a key twice. The last value stays, as of an XML list: one that is set must not be beside it.
-void dropRepeatedKeys(plist_t dictionary) {
-  std::set<std::string, std::less<>> seen;
-  std::vector<std::string> repeated;
-  PlistNode(dictionary).forEachMember([&](std::string_view key, Node&) {
-    if (!seen.emplace(key).second) repeated.emplace_back(key);
-  });
-  for (const std::string& key : repeated) plist_dict_remove_item(dictionary, key.c_str());
-}
-
 const char* const notAPropertyList = "The given data was not a valid property list.";
 
 }  // namespace
@@ -194,7 +183,6 @@ PropertyDictionary::~PropertyDictionary() = default;
 Result<PropertyDictionary> PropertyDictionary::parse(std::string_view bytes) {
   auto root = std::make_unique<Root>(Root{vorlu::parse(bytes)});
   if (!root->node || kindOf(root->node.get()) != NodeKind::dictionary) return Failure{notAPropertyList};
-  dropRepeatedKeys(root->node.get());
   return PropertyDictionary(std::move(root));
 }
 

@@ -1,5 +1,6 @@
 #include "vorlu/state/safe_property_list.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -96,23 +97,38 @@ class BinaryGraph {
   }
 
   bool keysAreSafe(const Object& object) const {
-    auto keys = items(object, referenceWidth_);
-    for (; keys && !keys->empty(); keys->remove_prefix(referenceWidth_)) {
-      const std::uint64_t key = bigEndian(keys->substr(0, referenceWidth_));
-      if (key >= unfolded_.size() || !isSafeKey(objectAt(key))) return false;
+    auto rest = items(object, referenceWidth_);
+    if (!rest) return false;
+    std::vector<std::uint64_t> keys;
+    keys.reserve(object.count);
+    for (; !rest->empty(); rest->remove_prefix(referenceWidth_)) {
+      const std::uint64_t key = bigEndian(rest->substr(0, referenceWidth_));
+      const auto print = key < unfolded_.size() ? fingerprint(objectAt(key)) : std::nullopt;
+      if (!print) return false;
+      keys.push_back(*print);
     }
-    return keys.has_value();
+    std::sort(keys.begin(), keys.end());
+    return std::adjacent_find(keys.begin(), keys.end()) == keys.end();
   }
 
-  /// A text without a zero among its characters.
-  bool isSafeKey(const std::optional<Object>& key) const {
-    if (!key || (key->kind != asciiText && key->kind != wideText)) return false;
+  /// One number for one key, whatever its characters are wide. Nothing for what is no text, has a zero, or isn't well
+  /// formed: the parser drops such characters, so that two keys would become one.
+  std::optional<std::uint64_t> fingerprint(const std::optional<Object>& key) const {
+    if (!key || (key->kind != asciiText && key->kind != wideText)) return std::nullopt;
     const std::size_t width = key->kind == wideText ? 2 : 1;
-    const auto text = items(*key, width);
-    if (!text || width == 1) return text && text->find('\0') == std::string_view::npos;
-    for (std::size_t at = 0; at < text->size(); at += width)
-      if (bigEndian(text->substr(at, width)) == 0) return false;
-    return true;
+    auto text = items(*key, width);
+    if (!text) return std::nullopt;
+    std::uint64_t print = 14695981039346656037u;  // FNV-1a, a character at a time
+    bool isWithinPair = false;
+    for (; !text->empty(); text->remove_prefix(width)) {
+      const std::uint64_t character = bigEndian(text->substr(0, width));
+      const bool isSecond = character >= 0xdc00 && character < 0xe000;
+      if (character == 0 || (width == 1 && character > 0x7f) || isSecond != isWithinPair) return std::nullopt;
+      isWithinPair = character >= 0xd800 && character < 0xdc00;
+      print = (print ^ character) * 1099511628211u;
+    }
+    if (isWithinPair) return std::nullopt;
+    return print;
   }
 
   std::string_view bytes_;

@@ -211,13 +211,23 @@ TEST(PropertyList, BinaryKeysThatTheParserDiesOfAreRefused) {
   EXPECT_FALSE(PropertyDictionary::parse(binaryList("\xd1\7\1\x51v", "\x08\x0b", {.objects = 2})).ok());
 }
 
-TEST(PropertyDictionary, KeepsTheLastValueOfAKeyThatComesTwice) {
-  const std::string offsets{8, 13, 15, 17};
-  auto dictionary = PropertyDictionary::parse(binaryList("\xd2\1\1\2\3\x51k\x51v\x51w", offsets, {.objects = 4}));
-  ASSERT_TRUE(dictionary.ok());
-  EXPECT_THAT(dictionary->toXml(), testing::HasSubstr("<dict>\n\t<key>k</key>\n\t<string>w</string>\n</dict>"));
-  dictionary->set("k", std::string_view("new"));
-  EXPECT_THAT(dictionary->toXml(), testing::HasSubstr("<dict>\n\t<key>k</key>\n\t<string>new</string>\n</dict>"));
+TEST(PropertyList, BinaryDictionaryWithAKeyTwiceIsRefused) {
+  const auto wide = [](const char* text) { return std::string("\x61\0", 2) + text; };
+  const std::string grin("\x62\xd8\x3d\xde\x00", 5), smile("\x62\xd8\x3d\xde\x01", 5);
+  const auto isRead = [](const std::string& first, const std::string& second, const std::string& keys = "\1\2") {
+    const std::string offsets{8, 13, char(13 + first.size()), char(13 + first.size() + second.size())};
+    const auto list = binaryList("\xd2" + keys + "\3\3" + first + second + "\x51v", offsets, {.objects = 4});
+    return PropertyDictionary::parse(list).ok();
+  };
+  EXPECT_TRUE(isRead("\x51k", "\x51l"));
+  EXPECT_TRUE(isRead("\x51k", wide("l")));
+  EXPECT_TRUE(isRead(grin, smile));
+  EXPECT_FALSE(isRead("\x51k", "\x51l", "\1\1")) << "one object for both";
+  EXPECT_FALSE(isRead("\x51k", "\x51k"));
+  EXPECT_FALSE(isRead("\x51k", wide("k"))) << "as wide and as narrow characters";
+  EXPECT_FALSE(isRead("\x51k", "\x52k\xc3")) << "not ASCII";
+  EXPECT_FALSE(isRead("\x51k", grin.substr(0, 3).replace(0, 1, "\x61"))) << "half a pair";
+  EXPECT_FALSE(isRead("\x51k", std::string("\x62\xde\x00\0k", 5))) << "the other half";
 }
 
 TEST(PropertyDictionary, ChangesOneKeyAndKeepsTheOthers) {
