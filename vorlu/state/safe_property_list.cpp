@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace vorlu {
@@ -99,7 +101,7 @@ class BinaryGraph {
   bool keysAreSafe(const Object& object) const {
     auto rest = items(object, referenceWidth_);
     if (!rest) return false;
-    std::vector<std::uint64_t> keys;
+    std::vector<std::size_t> keys;
     keys.reserve(object.count);
     for (; !rest->empty(); rest->remove_prefix(referenceWidth_)) {
       const std::uint64_t key = bigEndian(rest->substr(0, referenceWidth_));
@@ -111,24 +113,31 @@ class BinaryGraph {
     return std::adjacent_find(keys.begin(), keys.end()) == keys.end();
   }
 
-  /// One number for one key, whatever its characters are wide. Nothing for what is no text, has a zero, or isn't well
-  /// formed: the parser drops such characters, so that two keys would become one.
-  std::optional<std::uint64_t> fingerprint(const std::optional<Object>& key) const {
+  /// The same number for the same key, narrow or wide. Nothing for what is no text, has a zero, or isn't well formed:
+  /// the parser drops such characters, so that two keys would become one.
+  std::optional<std::size_t> fingerprint(const std::optional<Object>& key) const {
     if (!key || (key->kind != asciiText && key->kind != wideText)) return std::nullopt;
-    const std::size_t width = key->kind == wideText ? 2 : 1;
-    auto text = items(*key, width);
+    if (key->kind == wideText) return wideFingerprint(items(*key, 2));
+    const auto text = items(*key, 1);
+    const auto isAscii = [](char character) { return static_cast<signed char>(character) > 0; };
+    if (!text || !std::all_of(text->begin(), text->end(), isAscii)) return std::nullopt;
+    return std::hash<std::string_view>{}(*text);
+  }
+
+  static std::optional<std::size_t> wideFingerprint(std::optional<std::string_view> text) {
     if (!text) return std::nullopt;
-    std::uint64_t print = 14695981039346656037u;  // FNV-1a, a character at a time
+    std::string narrow;
     bool isWithinPair = false;
-    for (; !text->empty(); text->remove_prefix(width)) {
-      const std::uint64_t character = bigEndian(text->substr(0, width));
+    for (; !text->empty(); text->remove_prefix(2)) {
+      const std::uint64_t character = bigEndian(text->substr(0, 2));
       const bool isSecond = character >= 0xdc00 && character < 0xe000;
-      if (character == 0 || (width == 1 && character > 0x7f) || isSecond != isWithinPair) return std::nullopt;
+      if (character == 0 || isSecond != isWithinPair) return std::nullopt;
       isWithinPair = character >= 0xd800 && character < 0xdc00;
-      print = (print ^ character) * 1099511628211u;
+      if (character > 0x7f) narrow.append(1, '\xff').append(1, static_cast<char>(character >> 8));
+      narrow += static_cast<char>(character);
     }
     if (isWithinPair) return std::nullopt;
-    return print;
+    return std::hash<std::string_view>{}(narrow);
   }
 
   std::string_view bytes_;
