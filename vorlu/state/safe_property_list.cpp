@@ -11,9 +11,9 @@ namespace vorlu {
 namespace {
 
 // Far above any list that the agent reads.
-constexpr std::size_t depthLimit = 512;
-constexpr std::uint64_t objectLimit = 2'000'000;
-constexpr std::size_t xmlContainerLimit = 50'000;
+constexpr std::size_t depthLimit = 128;
+constexpr std::size_t objectLimit = 200'000;
+constexpr std::size_t xmlContainerLimit = 10'000;
 
 std::uint64_t bigEndian(std::string_view bytes) {
   std::uint64_t number = 0;
@@ -37,29 +37,34 @@ class BinaryGraph {
     table_ = bigEndian(trailer.substr(24, 8));
     if (!isWidth(offsetWidth_) || !isWidth(referenceWidth_) || table_ > bytes_.size()) return false;
     if (objects > (bytes_.size() - table_) / offsetWidth_) return false;
-    unfolded_.assign(objects, 0);
-    return unfold(bigEndian(trailer.substr(16, 8)), 0) <= objectLimit;
+    trees_.assign(objects, {});
+    return unfold(bigEndian(trailer.substr(16, 8)), 0).has_value();
   }
 
  private:
-  static constexpr std::uint64_t tooMany = objectLimit + 1;
-
   static bool isWidth(std::uint64_t width) { return width >= 1 && width <= 8; }
 
-  /// Objects that `object` unfolds to, itself included; `tooMany` beyond the limits or outside the file.
-  std::uint64_t unfold(std::uint64_t object, std::size_t depth) {
-    if (object >= unfolded_.size() || depth > depthLimit) return tooMany;
-    if (unfolded_[object] != 0) return unfolded_[object];
+  /// What one object unfolds to, itself included.
+  struct Tree {
+    std::size_t objects = 0;  ///< 0: not known yet
+    std::size_t height = 0;   ///< levels below it
+  };
+
+  /// Nothing beyond the limits or outside the file. An object that is referred to again counts again, at its new depth.
+  std::optional<Tree> unfold(std::uint64_t object, std::size_t depth) {
+    if (object >= trees_.size() || depth + trees_[object].height > depthLimit) return std::nullopt;
+    if (trees_[object].objects != 0) return trees_[object];
     const auto read = objectAt(object);
-    if (!read || (read->kind == dictionary && !keysAreSafe(*read))) return tooMany;
+    if (!read || (read->kind == dictionary && !keysAreSafe(*read))) return std::nullopt;
     const auto all = references(*read);
-    if (!all) return tooMany;
-    std::uint64_t total = 1;
-    for (std::string_view rest = *all; !rest.empty() && total <= objectLimit; rest.remove_prefix(referenceWidth_))
-      total += unfold(bigEndian(rest.substr(0, referenceWidth_)), depth + 1);
-    if (total > objectLimit) return tooMany;
-    unfolded_[object] = static_cast<std::uint32_t>(total);
-    return total;
+    if (!all) return std::nullopt;
+    Tree tree{1, 0};
+    for (std::string_view rest = *all; !rest.empty(); rest.remove_prefix(referenceWidth_)) {
+      const auto child = unfold(bigEndian(rest.substr(0, referenceWidth_)), depth + 1);
+      if (!child || tree.objects + child->objects > objectLimit) return std::nullopt;
+      tree = {tree.objects + child->objects, std::max(tree.height, child->height + 1)};
+    }
+    return trees_[object] = tree;
   }
 
   /// What an object's marker says. `count` means characters of a text, references of an array, pairs of a dictionary.
@@ -105,7 +110,7 @@ class BinaryGraph {
     keys.reserve(object.count);
     for (; !rest->empty(); rest->remove_prefix(referenceWidth_)) {
       const std::uint64_t key = bigEndian(rest->substr(0, referenceWidth_));
-      const auto print = key < unfolded_.size() ? fingerprint(objectAt(key)) : std::nullopt;
+      const auto print = key < trees_.size() ? fingerprint(objectAt(key)) : std::nullopt;
       if (!print) return false;
       keys.push_back(*print);
     }
@@ -144,7 +149,7 @@ class BinaryGraph {
   std::uint64_t offsetWidth_ = 0;
   std::uint64_t referenceWidth_ = 0;
   std::uint64_t table_ = 0;
-  std::vector<std::uint32_t> unfolded_;  ///< by object; 0: not known yet
+  std::vector<Tree> trees_;  ///< by object
 };
 
 std::size_t occurrences(std::string_view text, std::string_view part) {
@@ -157,7 +162,9 @@ std::size_t occurrences(std::string_view text, std::string_view part) {
 
 bool isSafePropertyList(std::string_view bytes) {
   if (bytes.starts_with("bplist")) return BinaryGraph(bytes).isSafe();
-  return occurrences(bytes, "<array") + occurrences(bytes, "<dict") <= xmlContainerLimit;
+  constexpr std::string_view array = "<array", dictionary = "<dict";
+  if (bytes.size() / dictionary.size() <= xmlContainerLimit) return true;
+  return occurrences(bytes, array) + occurrences(bytes, dictionary) <= xmlContainerLimit;
 }
 
 }  // namespace vorlu

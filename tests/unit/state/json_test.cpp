@@ -115,27 +115,49 @@ TEST(PropertyList, TellsWhatIsWrongAndWhere) {
       5);
 }
 
-/// A binary list of `levels` arrays, each with `references` references to the next.
-std::string nestedBinaryList(std::size_t levels, std::size_t references) {
+/// A binary list of arrays, by what each refers to; the first is the root.
+std::string binaryArrays(const std::vector<std::vector<std::size_t>>& arrays) {
   const auto twoBytes = [](std::size_t n) { return std::string{static_cast<char>(n >> 8), static_cast<char>(n)}; };
   std::string list = "bplist00", table;
-  for (std::size_t level = 1; level <= levels; ++level) {
+  for (const auto& references : arrays) {
     table += twoBytes(list.size());
-    const std::size_t count = level == levels ? 0 : references;
-    list += static_cast<char>(0xa0 + count);
-    for (std::size_t i = 0; i < count; ++i) list += twoBytes(level);
+    list += static_cast<char>(0xa0 + references.size());
+    for (const std::size_t reference : references) list += twoBytes(reference);
   }
   const std::string zeros(6, '\0');
   const std::string trailer =
-      zeros + "\2\2" + zeros + twoBytes(levels) + zeros + twoBytes(0) + zeros + twoBytes(list.size());
+      zeros + "\2\2" + zeros + twoBytes(arrays.size()) + zeros + twoBytes(0) + zeros + twoBytes(list.size());
   return list + table + trailer;
+}
+
+/// `levels` arrays, each with `references` references to the next.
+std::string nestedBinaryList(std::size_t levels, std::size_t references) {
+  std::vector<std::vector<std::size_t>> arrays(levels);
+  for (std::size_t level = 1; level < levels; ++level) arrays[level - 1].assign(references, level);
+  return binaryArrays(arrays);
+}
+
+/// A root that refers to `count` chains of 100 levels, the shortest first; each chain ends in the one before it.
+std::string chainedBinaryList(std::size_t count) {
+  constexpr std::size_t levels = 100;
+  std::vector<std::vector<std::size_t>> arrays(1);
+  for (std::size_t chain = 0; chain < count; ++chain) {
+    const std::size_t head = arrays.size();
+    arrays.front().push_back(head);
+    for (std::size_t level = 1; level < levels; ++level) arrays.push_back({head + level});
+    arrays.push_back(chain == 0 ? std::vector<std::size_t>{} : std::vector<std::size_t>{head - levels});
+  }
+  return binaryArrays(arrays);
 }
 
 TEST(PropertyList, SmallFilesThatWouldExhaustTheParserAreRefused) {
   const auto error = [](const std::string& list) { return decodePropertyList<Record>(list).error(); };
   const std::string corrupted = "dataCorrupted(" + context("[]", "The given data was not a valid property list.");
-  EXPECT_EQ(error(nestedBinaryList(300, 1)), mismatch("Dictionary<String, Any>", "[]", "an array"));
+  for (const std::string& allowed : {nestedBinaryList(100, 1), chainedBinaryList(1)})
+    EXPECT_EQ(error(allowed), mismatch("Dictionary<String, Any>", "[]", "an array"));
+  EXPECT_EQ(error(nestedBinaryList(130, 1)), corrupted);
   EXPECT_EQ(error(nestedBinaryList(5000, 1)), corrupted);
+  EXPECT_EQ(error(chainedBinaryList(2)), corrupted);
   EXPECT_EQ(error(nestedBinaryList(40, 2)), corrupted);
   std::string deep;
   for (int level = 0; level < 300000; ++level) deep += "<array>";
