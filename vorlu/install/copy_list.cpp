@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "vorlu/install/archive.h"
 #include "vorlu/install/find_item.h"
 #include "vorlu/install/source_marker.h"
@@ -14,6 +16,12 @@ std::string lastComponent(std::string_view path) {
   while (path.ends_with('/')) path.remove_suffix(1);
   return std::string(path.substr(path.rfind('/') + 1));
 }
+
+/// A source item by its paths below the root.
+struct FoundItem {
+  std::string path;   ///< as it was found
+  std::string place;  ///< with its links followed
+};
 
 /// Path of an item below `root`, empty when it isn't there.
 std::string findSourceItem(Vorlu& vorlu, const std::string& root, const std::string& item) {
@@ -35,6 +43,18 @@ bool isSignedAsExpected(InstallJob& job, const std::string& path) {
   logHashAsGiven(vorlu);
   vorlu.log("Verifying signing information...");
   return hasNoSignature(vorlu, path) || matchesExpectedSignature(vorlu, readCodeSignature(vorlu, path));
+}
+
+std::string_view folderOf(std::string_view path) {
+  return path.substr(0, path.rfind('/') == std::string_view::npos ? 0 : path.rfind('/'));
+}
+
+/// Whether `place` lies in another item that comes along, beside this one as before.
+bool isInNeighbour(const std::vector<FoundItem>& items, const FoundItem& item) {
+  return std::any_of(items.begin(), items.end(), [&](const FoundItem& other) {
+    return &other != &item && folderOf(other.path) == folderOf(item.path) &&
+           (item.place + "/").starts_with(other.path + "/");
+  });
 }
 
 /// Verifies one item of the list; nothing when it is what the catalog means. The hash is the whole download's, so it is
@@ -61,15 +81,18 @@ std::variant<std::vector<AppCopyArr>, InstallFailure> buildCopyList(InstallJob& 
   const CurrentApp& app = job.vorlu.currentApp;
   if (app.sourceItems.empty()) return InstallFailure::sourceItem;
   std::vector<AppCopyArr> list;
+  std::vector<FoundItem> items;
   for (const std::string& item : app.sourceItems) {
     const std::string found = findSourceItem(job.vorlu, root, withoutMarker(item, installerAppMarker));
     if (found.empty()) return InstallFailure::sourceItem;
-    // A link that comes alone would lead nowhere from its new place.
-    const auto whole = app.sourceItems.size() == 1 ? placeInside(job.vorlu.platform.files, root, found) : std::nullopt;
-    const std::string path = fmt::format("{}/{}", root, whole.value_or(found));
-    if (const auto failure = verifyItem(job, path, list.empty())) return *failure;
-    list.push_back({path, copyNameFor(app, app.sourceItems.size(), item, found)});
+    items.push_back({found, placeInside(job.vorlu.platform.files, root, found).value_or(found)});
+    const std::string& path = app.sourceItems.size() == 1 ? items.back().place : found;
+    if (const auto failure = verifyItem(job, fmt::format("{}/{}", root, path), list.empty())) return *failure;
+    list.push_back({"", copyNameFor(app, app.sourceItems.size(), item, found)});
   }
+  // A link would lead nowhere from its new place, unless it leads to what is put beside it.
+  for (std::size_t i = 0; i < items.size(); ++i)
+    list[i].itemPath = fmt::format("{}/{}", root, isInNeighbour(items, items[i]) ? items[i].path : items[i].place);
   return list;
 }
 

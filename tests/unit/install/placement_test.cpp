@@ -196,6 +196,35 @@ TEST_F(Placement, ItemsAreProvenOrNotListed) {
   EXPECT_EQ(buildCopyList(job, paths::output).index(), 0U) << "the hash is the whole download's";
 }
 
+TEST_F(Placement, LinksAmongItemsLeadToSomethingInTheirNewPlace) {
+  InstallRequest request;
+  InstallJob job(vorlu, request);
+  job.filePath = paths::output + "/download";
+  mac.write(job.filePath, "x");
+  put("real/Slides.app"), put("Tools.app");
+  const auto link = [&](const char* target, const std::string& name) {
+    std::filesystem::create_symlink(target, mac.root() + paths::output + "/" + name);
+  };
+  link("real/Slides.app", "Slides.app"), link("Tools.app/file", "tool"), link("../Tools.app", "real/Inner.app");
+  CurrentApp& app = vorlu.currentApp;
+  app.verifySignature = false, app.universalInstallerHash = sha256("x"), app.architecture = "universal";
+  const std::pair<Strings, Strings> cases[] = {
+      {{"Slides.app"}, {"real/Slides.app"}},
+      {{"Slides.app", "Tools.app"}, {"real/Slides.app", "Tools.app"}},
+      {{"tool", "Tools.app"}, {"tool", "Tools.app"}},  // they stay side by side
+      {{"tool", "Slides.app"}, {"Tools.app/file", "real/Slides.app"}},
+      {{"real/Inner.app", "Tools.app"}, {"Tools.app", "Tools.app"}},
+  };
+  for (const auto& [items, sources] : cases) {
+    app.sourceItems = items;
+    const auto list = buildCopyList(job, paths::output);
+    ASSERT_EQ(list.index(), 0U) << fmt::format("{}", fmt::join(items, ", "));
+    Strings found;
+    for (const AppCopyArr& item : std::get<0>(list)) found.push_back(item.itemPath.substr(paths::output.size() + 1));
+    EXPECT_EQ(found, sources) << fmt::format("{}", fmt::join(items, ", "));
+  }
+}
+
 TEST(CopyName, FollowsCatalogOrFoundItem) {
   const auto nameFor = [](std::size_t count, const char* item, const char* destinationName, const char* appPath) {
     CurrentApp app;
