@@ -136,6 +136,22 @@ TEST_F(StartUpTest, ClearsWhatKilledRunsHaveLeft) {
               testing::ElementsAre("Downloads", "Output", "images--7", "placement--7", "prompt--7", "runData.plist"));
 }
 
+TEST_F(StartUpTest, VolumeThatRefusesIsTriedAgainByTheNextRun) {
+  const std::string note = paths::run + "/images-777";
+  mac.write(note, "/a.dmg\n/Volumes/B\n/Volumes/C\n");
+  for (const char* item : {"/a.dmg", "/Volumes/A/x", "/Volumes/B/x", "/Volumes/C/x"}) mac.write(item, "x");
+  mac.processes.on("/usr/bin/hdiutil attach -nobrowse /a.dmg", {.output = "/dev/disk4\t/Volumes/A\n"});
+  for (const char* busy : {"A", "B"})
+    for (const int status : {1, 0})
+      mac.processes.on(fmt::format("/usr/bin/hdiutil detach /Volumes/{}", busy), {.status = status});
+  mac.processes.on("/usr/bin/hdiutil detach /Volumes/C", {});
+  freshWithKeys();
+  EXPECT_EQ(start(), std::nullopt);
+  EXPECT_EQ(mac.read(note), "/Volumes/A\n/Volumes/B\n");
+  EXPECT_EQ(start(), std::nullopt);
+  EXPECT_FALSE(mac.exists(note));
+}
+
 TEST_F(StartUpTest, RemovesWhatOlderVersionsLeftAndNothingElse) {
   const Lines old = {"/private/var/tmp/com.mosk.vorlu.UI.log", "/Library/Application Support/MOSK/Bin/moskupdate",
                      "/private/etc/paths.d/unused", "/usr/local/unused/unused", "/usr/local/bin/unused"};

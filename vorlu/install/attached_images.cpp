@@ -49,15 +49,17 @@ void AttachedImages::forgetNote() {
 }
 
 void recoverImages(Vorlu& vorlu) {
+  FileManager& files = vorlu.platform.files;
   for (const WorkNote& note : notesOfEndedRuns(vorlu, AttachedImages::noteKind)) {
+    WorkNote rest{note.kind, note.owner};
     std::istringstream images(note.text);
     for (std::string image; std::getline(images, image);) {
-      if (!vorlu.platform.files.exists(image)) continue;
+      if (!files.exists(image)) continue;
       vorlu.log(fmt::format("Detaching the disk image {} of an unfinished installation", image), silent);
-      const bool isVolume = vorlu.platform.files.isDirectory(image);
-      isVolume ? static_cast<void>(detachImage(vorlu, image)) : detachImageOf(vorlu, image);
+      const std::string volume = files.isDirectory(image) ? image : volumeOf(vorlu, image);
+      if (!volume.empty() && !detachImage(vorlu, volume)) rest.text += volume + "\n";
     }
-    static_cast<void>(note.remove(vorlu.platform.files));
+    static_cast<void>(rest.text.empty() ? rest.remove(files) : rest.write(files));
   }
 }
 

@@ -41,7 +41,7 @@ class AttachedImages {
   bool allDetached_ = true;
 };
 
-/// Detaches what the installs of killed runs have left attached.
+/// Detaches what the installs of killed runs have left attached. What refuses stays noted for the run after this.
 void recoverImages(Vorlu& vorlu);
 
 }  // namespace vorlu

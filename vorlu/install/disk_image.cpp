@@ -101,10 +101,8 @@ bool detachImage(Vorlu& vorlu, const std::string& mountPoint) {
   return result.started && result.status == 0;
 }
 
-void detachImageOf(Vorlu& vorlu, const std::string& imagePath) {
-  const ProcessResult result = hdiutil(vorlu, {"attach", "-nobrowse", imagePath}, mountGrace);
-  const std::string volume = volumeIn(vorlu.platform.files, result);
-  if (!volume.empty()) detachImage(vorlu, volume);
+std::string volumeOf(Vorlu& vorlu, const std::string& imagePath) {
+  return volumeIn(vorlu.platform.files, hdiutil(vorlu, {"attach", "-nobrowse", imagePath}, mountGrace));
 }
 
 }  // namespace vorlu

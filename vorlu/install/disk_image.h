@@ -17,7 +17,7 @@ bool mountImage(Vorlu& vorlu, const std::string& path, bool showProgress);
 /// Detaches a volume and logs what the tool says; false when it stays attached.
 bool detachImage(Vorlu& vorlu, const std::string& mountPoint);
 
-/// Detaches an image that may be attached, wherever: attaching it again tells the volume.
-void detachImageOf(Vorlu& vorlu, const std::string& imagePath);
+/// The volume of an image that may be attached already: attaching it again tells. Empty when it can't be attached.
+std::string volumeOf(Vorlu& vorlu, const std::string& imagePath);
 
 }  // namespace vorlu
