@@ -30,13 +30,9 @@ bool isAllowed(const AppBlueprints& entry, const CatalogWalk& walk) {
 }
 
 void recordInstalledApp(Vorlu& vorlu, const AppBlueprints& entry, ApplicationInventory app, CatalogWalk& walk) {
-  const bool inScope = !declaresSkip(app.installedVersion);
-  if (!app.updateRequired) {
-    purgeCache(vorlu, orEmpty(entry.appName), walk.listings, MissingCache::fine);
-  } else if (inScope) {
-    vorlu.updates.pendingUpdates.push_back(app);
-  }
-  if (inScope) vorlu.updates.appInventoryList.push_back(std::move(app));
+  if (!app.updateRequired) purgeCache(vorlu, orEmpty(entry.appName), walk.listings, MissingCache::fine);
+  if (isDue(app)) vorlu.updates.pendingUpdates.push_back(app);
+  if (!declaresSkip(app.installedVersion)) vorlu.updates.appInventoryList.push_back(std::move(app));
 }
 
 }  // namespace
@@ -49,6 +45,10 @@ CatalogWalk::CatalogWalk(Vorlu& vorlu)
 
 bool declaresSkip(std::string_view installedVersion) {
   return isInAnyCase(installedVersion, "skip");
+}
+
+bool isDue(const ApplicationInventory& app) {
+  return app.updateRequired && !declaresSkip(app.installedVersion);
 }
 
 std::optional<ApplicationInventory> lookAtApp(Vorlu& vorlu, const AppBlueprints& entry,

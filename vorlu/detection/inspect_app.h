@@ -30,6 +30,9 @@ std::optional<ApplicationInventory> lookAtApp(Vorlu& vorlu, const AppBlueprints&
 /// Whether a version method has declared its app out of scope.
 bool declaresSkip(std::string_view installedVersion);
 
+/// Whether an app that was looked at is to be updated: outdated, and in scope.
+bool isDue(const ApplicationInventory& app);
+
 /// Looks for the app on this computer and records it in `updates`: in the inventory, and as pending when
 /// `latestVersion` is newer than what is installed; installers of an app that needs none are purged from the cache.
 /// False when the app isn't installed, of which no record is made.

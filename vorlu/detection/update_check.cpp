@@ -21,9 +21,18 @@ void beginLists(UpdateState& updates, Walk kind) {
   if (kind == Walk::full) updates.skippedUpdates.clear();
 }
 
+/// Why an entry isn't looked at.
+enum class Barred { no, byMissingVersion, byCatalog, byProcessor };
+
+Barred barred(const AppBlueprints& entry, const std::string& latestVersion, Processor processor) {
+  if (latestVersion.empty()) return Barred::byMissingVersion;
+  if (!entry.updatesAllowed.value_or(true)) return Barred::byCatalog;
+  return lacksBuild(entry, processor) ? Barred::byProcessor : Barred::no;
+}
+
 /// Inspects the app unless this processor has no build of it.
 void architectureGate(Vorlu& vorlu, const AppBlueprints& entry, const std::string& latestVersion, CatalogWalk& walk) {
-  if (!lacksBuild(entry, walk.processor)) {
+  if (barred(entry, latestVersion, walk.processor) != Barred::byProcessor) {
     inspectApp(vorlu, entry, latestVersion, walk);
   } else if (walk.processor == Processor::silicon) {
     vorlu.log(fmt::format("{} is not universal and not supported on Apple Silicon Macs. Skipping update check...",
@@ -49,13 +58,14 @@ void reportSingleApp(Vorlu& vorlu, const AppBlueprints& entry, const std::string
 /// One entry of a walk. With an app's name only entries of that name are looked at, allowed or not.
 void checkEntry(Vorlu& vorlu, const AppBlueprints& entry, const std::string& wantedName, CatalogWalk& walk) {
   const std::string& latestVersion = effectiveLatestVersion(entry, walk.processor);
-  if (latestVersion.empty()) {
+  const Barred bar = barred(entry, latestVersion, walk.processor);
+  if (bar == Barred::byMissingVersion) {
     vorlu.log(fmt::format("Error: No latest version found for {}. Unable to check for updates for this App",
                           orEmpty(entry.appName)));
     return;
   }
   if (!wantedName.empty() && entry.appName != wantedName) return;
-  if (!entry.updatesAllowed.value_or(true)) {
+  if (bar == Barred::byCatalog) {
     vorlu.log(fmt::format("Skipping update check for {} because updates are not available for this App via Vorlu",
                           orEmpty(entry.appName)));
     purgeCache(vorlu, orEmpty(entry.appName), walk.listings, MissingCache::logged);
@@ -127,9 +137,9 @@ void checkForUpdates(Vorlu& vorlu, const std::string& appName, bool refreshOnly)
 bool needsUpdate(Vorlu& vorlu, const AppBlueprints& entry) {
   CatalogWalk walk(vorlu);
   const std::string& latestVersion = effectiveLatestVersion(entry, walk.processor);
-  if (latestVersion.empty() || !entry.updatesAllowed.value_or(true) || lacksBuild(entry, walk.processor)) return false;
+  if (barred(entry, latestVersion, walk.processor) != Barred::no) return false;
   const auto app = lookAtApp(vorlu, entry, latestVersion, walk);
-  return app && app->updateRequired && !declaresSkip(app->installedVersion);
+  return app && isDue(*app);
 }
 
 void recordCompliance(Vorlu& vorlu) {
