@@ -95,8 +95,8 @@ class FileManager {
   /// Sets owner, group and, when given, mode on one item without following links.
   virtual Status setOwnership(const std::string& path, std::optional<mode_t> mode, const std::string& owner,
                               const std::string& group) = 0;
-  /// Takes from one item what gives others more than its owner, group and mode say: the set-user and set-group bits of
-  /// a file, access control lists, capabilities. A link has none.
+  /// Takes from one item what gives others more than its owner, group and mode say: the set-user bit, a file's set-group
+  /// bit, access control lists, capabilities. A link has none.
   virtual Status dropGrants(const std::string& path) = 0;
   /// NSURLIsHiddenKey; where the file system has no such attribute nothing happens.
   virtual void setHidden(const std::string& path) = 0;

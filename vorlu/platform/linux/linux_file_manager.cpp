@@ -126,7 +126,7 @@ Status LinuxFileManager::dropGrants(const std::string& path) {
   struct stat status {};
   if (::lstat(host.c_str(), &status) != 0) return systemFailure(path, errno);
   if (S_ISLNK(status.st_mode)) return success();
-  mode_t mode = status.st_mode & (S_ISREG(status.st_mode) ? 01777 : 07777);
+  mode_t mode = status.st_mode & (S_ISDIR(status.st_mode) ? 03777 : 01777);
   if (::llistxattr(host.c_str(), nullptr, 0) > 0) {
     mode &= modeBehindList(host);
     for (const char* name : {accessList, "system.posix_acl_default", "security.capability"})
