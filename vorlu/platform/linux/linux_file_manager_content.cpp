@@ -42,18 +42,18 @@ Result<std::string> LinuxFileManager::read(const std::string& path, std::size_t 
   const auto announced = static_cast<std::size_t>(file->status.st_size);
   if (announced > cap) return systemFailure(path, EFBIG);
   std::string text;
-  text.reserve(announced + spareBytes);
-  text.resize(announced);
+  text.resize(announced + spareBytes);
   std::size_t filled = 0;
-  // The file may have grown since it was measured, so the end is what read() says it is.
-  while (true) {
-    if (filled == text.size()) text.resize(filled + (filled == announced ? spareBytes : blockBytes));
-    const ssize_t got =
-        uninterrupted([&] { return ::read(file->descriptor.get(), text.data() + filled, text.size() - filled); });
+  // The file may have grown or shrunk since it was measured, so the end is what read() says it is: nothing more, or less
+  // than there is room for once all that was announced is here. A size of 0 announces nothing.
+  for (bool ended = false; !ended;) {
+    if (filled == text.size()) text.resize(filled + blockBytes);
+    const std::size_t room = text.size() - filled;
+    const ssize_t got = uninterrupted([&] { return ::read(file->descriptor.get(), text.data() + filled, room); });
     if (got < 0) return systemFailure(path, errno);
-    if (got == 0) break;
     filled += static_cast<std::size_t>(got);
     if (filled > cap) return systemFailure(path, EFBIG);
+    ended = got == 0 || (announced > 0 && filled >= announced && static_cast<std::size_t>(got) < room);
   }
   text.resize(filled);
   text.reserve(filled + spareBytes);
