@@ -57,7 +57,7 @@ class FaultPlan {
   struct Seen {
     int calls = 0;
     Touch touches[20000] = {};
-    char struck[4000] = "";  ///< the call that met the fault; room for a prompt with its whole text
+    char struck[4000] = "";  ///< the first call that met the fault; room for a prompt with its whole text
     char wrong[400] = "";    ///< what the forked process itself found wrong
     template <std::size_t size>
     void note(char (&text)[size], std::string_view line) {
@@ -80,34 +80,43 @@ class FaultPlan {
   /// Makes the call, or answers with `fail` and the error number of the fault.
   template <class Call, class Fail>
   auto through(Touch touch, const std::string& what, Call call, Fail fail) -> decltype(call()) {
-    const int number = count(touch, what);
-    if (const int error = errorAt(number, touch)) return fail(error);
-    if (strikes(number, Fault::killedBefore)) ::kill(::getpid(), SIGKILL);
+    const bool struck = meet(touch, what);
+    if (const int error = struck ? errorOf(point_->first) : 0) return fail(error);
+    if (struck && point_->first == Fault::killedBefore) ::kill(::getpid(), SIGKILL);
     auto answer = call();
-    if (strikes(number, Fault::killedAfter)) ::kill(::getpid(), SIGKILL);
+    if (struck && point_->first == Fault::killedAfter) ::kill(::getpid(), SIGKILL);
     return answer;
   }
 
  private:
-  bool strikes(int number, Fault fault) const { return point_ && point_->first == fault && point_->second == number; }
-  int count(Touch touch, const std::string& what) {
+  /// Counts the call; whether the fault comes at it. The agent's threads don't take the same turns each time: where the
+  /// point's call can't meet the fault, the next one that can does.
+  bool meet(Touch touch, const std::string& what) {
     const std::scoped_lock lock(mutex_);
     const int number = ++seen_.calls;
     seen_.touches[std::min<std::size_t>(static_cast<std::size_t>(number), std::size(seen_.touches) - 1)] = touch;
-    if (point_ && number == point_->second) seen_.note(seen_.struck, what);
-    return number;
+    if (!point_ || number < point_->second || !canMeet(touch, point_->first)) return false;
+    const bool first = seen_.struck[0] == '\0';
+    if (first) seen_.note(seen_.struck, what);
+    return first || lastsOn();
   }
-  int errorAt(int number, Touch touch) const {
-    if (!point_ || number < point_->second || !canMeet(touch, point_->first)) return 0;
-    const auto [fault, point] = *point_;
-    if (fault == Fault::full) return ENOSPC;
-    if (fault == Fault::readOnly) return EROFS;
-    if (number != point) return 0;
-    return fault == Fault::io            ? EIO
-           : fault == Fault::descriptors ? EMFILE
-           : fault == Fault::interrupted ? EINTR
-           : fault == Fault::shortWrite  ? ENOSPC
-                                         : 0;
+  /// 0 for a kill.
+  static int errorOf(Fault fault) {
+    switch (fault) {
+      case Fault::io:
+        return EIO;
+      case Fault::full:
+      case Fault::shortWrite:
+        return ENOSPC;
+      case Fault::readOnly:
+        return EROFS;
+      case Fault::descriptors:
+        return EMFILE;
+      case Fault::interrupted:
+        return EINTR;
+      default:
+        return 0;
+    }
   }
 
   Seen& seen_;

@@ -86,12 +86,14 @@ contentOf() {
     find . -type f ! -size +65536k -print0 | sort -z | xargs -0r sha256sum) | sha256sum | cut -c 1-64
 }
 
-# demandNothingLeft: no mount, no unpacked file, no process, no unfinished item.
+# demandNothingLeft: no mount, no unpacked file, no process, no unfinished item and no note of one: folders of items being
+# placed begin with ".~", a process's notes end with its id.
 demandNothingLeft() {
   local left
   left=$(find "$mac/Volumes" "$run/Output" "$mac/private/var/run/sim-disks" -mindepth 1 2>/dev/null | grep -v '/lock$' | head -n 3) || true
   [[ -z $left ]] || violation all "left behind: $left"
-  left=$(find "$mac/Applications" "$run" -maxdepth 2 \( -name '.~' -o -name '.vorlu-*' -o -name placement \) | head -n 3)
+  left=$(find "$mac/Applications" "$run" -maxdepth 2 \( -name '.~*' -o -name '.vorlu-*' -o -name 'placement-*' -o \
+    -name 'images-*' -o -name 'prompt-*' \) | head -n 3)
   [[ -z $left ]] || violation all "unfinished: $left"
   left=$(inside /bin/ps -axo comm= | grep -v -e launchd -e 'ps$' | head -n 3) || true
   [[ -z $left ]] || violation all "still running: $left"

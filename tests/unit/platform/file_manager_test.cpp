@@ -194,18 +194,19 @@ TEST_F(FileManagerTest, GrantsGoAndAllElseStays) {
                     {"/folder/file", "system.posix_acl_access", list, false},
                     {"/folder/file", "security.capability", capability, false},
                     {"/folder/file", "user.test", "v", true}};
-  std::vector<bool> given;
   for (const auto& a : attributes)
-    given.push_back(::setxattr((root_ / a.path).c_str(), a.name, a.value.data(), a.value.size(), 0) == 0);
+    if (::setxattr((root_ / a.path).c_str(), a.name, a.value.data(), a.value.size(), 0) != 0)
+      GTEST_SKIP() << "this user, or the file system of " << root_.path() << ", can't give " << a.name
+                   << " to be taken away";
   ASSERT_EQ(::chmod((root_ / "/folder").c_str(), 02775), 0);
   ASSERT_EQ(::chmod((root_ / "/folder/file").c_str(), 06754), 0);
 
   for (const char* path : {"/folder", "/folder/file", "/link"}) EXPECT_TRUE(files_.dropGrants(path)) << path;
   for (std::size_t i = 0; i < std::size(attributes); ++i)
     EXPECT_EQ(::getxattr((root_ / attributes[i].path).c_str(), attributes[i].name, nullptr, 0) >= 0,
-              given[i] && attributes[i].stays)
+              attributes[i].stays)
         << attributes[i].name;
-  EXPECT_EQ(statOf("/folder").st_mode & 07777, given[0] ? 02755U : 02775U) << "the group had less than the mask";
+  EXPECT_EQ(statOf("/folder").st_mode & 07777, 02755U) << "the group had less than the mask";
   EXPECT_EQ(statOf("/folder/file").st_mode & 07777, 0754U);
   EXPECT_EQ(files_.dropGrants("/none").failure().code, ENOENT);
 }
