@@ -138,9 +138,11 @@ TEST_F(StartUpTest, ClearsWhatKilledRunsHaveLeft) {
 
 TEST_F(StartUpTest, VolumeThatRefusesIsTriedAgainByTheNextRun) {
   const std::string note = paths::run + "/images-777";
-  mac.write(note, "/a.dmg\n/Volumes/B\n/Volumes/C\n");
-  for (const char* item : {"/a.dmg", "/Volumes/A/x", "/Volumes/B/x", "/Volumes/C/x"}) mac.write(item, "x");
+  mac.write(note, "/a.dmg\n/broken.dmg\n/Volumes/B\n/Volumes/C\n");
+  for (const char* item : {"/a.dmg", "/broken.dmg", "/Volumes/A/x", "/Volumes/B/x", "/Volumes/C/x"})
+    mac.write(item, "x");
   mac.processes.on("/usr/bin/hdiutil attach -nobrowse /a.dmg", {.output = "/dev/disk4\t/Volumes/A\n"});
+  mac.processes.on("/usr/bin/hdiutil attach -nobrowse /broken.dmg", {.output = "attach failed", .status = 1});
   for (const char* busy : {"A", "B"})
     for (const int status : {1, 0})
       mac.processes.on(fmt::format("/usr/bin/hdiutil detach /Volumes/{}", busy), {.status = status});

@@ -126,14 +126,23 @@ TEST_F(DownloadTypes, EachFailureHasItsReasonAndCleansUp) {
   const std::string nestedMissing = "the nested installer file could not be found";
 
   expectFailure("pkg", "the developer could not be verified", signedByOther);
+  const auto otherHash = [&] { slides.universalInstallerHash = "0"; };
+  expectFailure("pkgInZIP", "the developer could not be verified", signedByOther);
+  for (const char* package : {"pkg", "pkgInDMG"})
+    expectFailure(package, "the installer file could not be verified", otherHash);
   expectFailure("pkgInZIP", nestedMissing, nest({"REGEX:inner", "missing.pkg"}));
+  expectFailure("pkgInZIP", nestedMissing, nest({""}));
   expectFailure("dmgInZIP", nestedMissing, nest({"inner.dmg", "../x"}));
   expectFailure("dmg", "the required install files could not be found", [&] { slides.sourceItems = {{"Other.app"}}; });
-  expectFailure("dmg", "the installer file could not be verified", [&] { slides.universalInstallerHash = "0"; });
-  expectFailure(
-      "dmgWithEULAInZIP",
-      "the disk image could not be converted. Please ensure no disk image restrictions are configured and try again",
-      [&] { mac.processes.onPrefix("/usr/bin/hdiutil convert -q", {.output = "", .status = 1}); }, {"Slides-v2.0.zip"});
+  expectFailure("zipInTBZ", "the required install files could not be found", nest({"../Downloads/inner.zip"}));
+  expectFailure("dmg", "the installer file could not be verified", otherHash);
+  mac.processes.onPrefix("/usr/bin/hdiutil convert -q", {.output = "", .status = 1});
+  for (const auto& [type, download] :
+       {std::pair("dmgWithEULAInZIP", "Slides-v2.0.zip"), {"dmgWithEULA", "Slides-v2.0.dmg"}})
+    expectFailure(
+        type,
+        "the disk image could not be converted. Please ensure no disk image restrictions are configured and try again",
+        [] {}, {download});
   const auto blockChoices = [&] {
     slides.installerChoices = "<plist/>";
     mac.files.remove(paths::output);

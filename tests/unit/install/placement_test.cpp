@@ -109,6 +109,23 @@ TEST_F(Placement, KilledCopyIsClearedOrPutBack) {
   }
 }
 
+TEST_F(Placement, WhatStandsInTheStagingFoldersPlaceGoesAlone) {
+  const std::string place = "/Applications/.~-----_-_____";  // process 4000's
+  mac.write("/Users/alice/old/Slides.app/file", "hers");
+  const std::function<void()> obstacles[] = {
+      [&] { mac.write(place, "a file"); },
+      [&] { std::filesystem::create_directory_symlink("../Users/alice", mac.root() + place); }};
+  for (const auto& stands : obstacles) {
+    stands();
+    placeItems(vorlu, {{put("Slides.app"), "Slides.app"}}, true);
+    EXPECT_EQ(mac.read("/Applications/Slides.app/file"), "new");
+    EXPECT_THAT(applications(), ElementsAre("Slides.app"));
+    EXPECT_EQ(mac.read("/Users/alice/old/Slides.app/file"), "hers");
+    EXPECT_THAT(messages(), IsEmpty());
+    mac.files.remove("/Applications/Slides.app");
+  }
+}
+
 TEST_F(Placement, NoteThatCannotBeReadStays) {
   mac.write(killed.note + "/file", "");  // reading a folder fails
   recoverPlacement(vorlu);
