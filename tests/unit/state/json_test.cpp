@@ -200,7 +200,7 @@ TEST(PropertyList, BinaryOnesThatPointOutsideThemselvesAreRefused) {
       {"object outside", binaryList(empty, "\xff")},
       {"reference outside", binaryList("\xa1\x07", at8)},
       {"array in itself", binaryList(std::string("\xa1\0", 2), at8)},
-      {"keys outside", binaryList("\xde", at8)},
+      {"keys outside", binaryList("\xde", at8, {.referenceWidth = 8})},
       {"key outside", binaryList("\xd1\1\1", "\x08\xff", {.objects = 2})},
       {"references outside", binaryList("\xae", at8, {.referenceWidth = 8})},
       {"count that is no number", binaryList("\xaf\x50", at8)},
@@ -229,9 +229,9 @@ TEST(PropertyList, BinaryKeysThatTheParserDiesOfAreRefused) {
   EXPECT_THAT(read("\x53key"), testing::HasSubstr("<key>key</key>\n\t<string>v<"));
   EXPECT_THAT(read(bytes("\x62\0k\1\0", 5)), testing::HasSubstr("<key>k\xC4\x80</key>"));
   EXPECT_THAT(read("\x5f\x10\x0fVeryLongKeyOf15"), testing::HasSubstr("<key>VeryLongKeyOf15</key>"));
-  for (const std::string& key :
-       {bytes("\x63\0k\0\0\0y", 7), bytes("\x62\xd8\1\0\0", 5), bytes("\x53k\0y", 4), bytes("\x10\5", 2),
-        bytes("\xa0", 1), bytes("\x6e\0k", 3), bytes("\x5e", 1), bytes("\x5f\x14", 2), bytes("\x6f\x10\xff", 3)})
+  for (const std::string& key : {bytes("\x63\0k\0\0\0y", 7), bytes("\x62\xd8\1\0\0", 5), bytes("\x53k\0y", 4),
+                                 bytes("\x10\5", 2), bytes("\xa0", 1), bytes("\x6e\0k", 3), bytes("\x5e", 1),
+                                 bytes("\x5f\x14", 2), bytes("\x5f\x10\xff", 3), bytes("\x6f\x10\xff", 3)})
     EXPECT_EQ(read(key), "") << testing::PrintToString(key);
   EXPECT_FALSE(PropertyDictionary::parse(binaryList("\xd1\7\1\x51v", "\x08\x0b", {.objects = 2})).ok());
 }
