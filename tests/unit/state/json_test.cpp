@@ -1,5 +1,6 @@
 #include "vorlu/state/json.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "vorlu/server/blueprint.h"
