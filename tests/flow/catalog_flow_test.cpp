@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <atomic>
 #include <chrono>
 
 #include "faults/faulty_platform.h"
@@ -63,9 +64,9 @@ TEST_F(CatalogFlow, StampsTheWindowBeforeTheAnswer) {
   newRunWithKeys();
   mac.write(paths::offlineData, oldCopy);
   at(noon);
-  std::optional<std::int64_t> stampSeen;
+  std::atomic<std::int64_t> stampSeen = 0;
   onRequest = [&](const refserver::Request&, refserver::Response& response) {
-    stampSeen = runData().LastServerTimestamp;
+    stampSeen = runData().LastServerTimestamp.value_or(0);
     response.fault.noAnswer = true;
   };
   EXPECT_THAT(fetched(), ElementsAre("Old"));
