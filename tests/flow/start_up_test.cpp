@@ -138,18 +138,20 @@ TEST_F(StartUpTest, ClearsWhatKilledRunsHaveLeft) {
 
 TEST_F(StartUpTest, VolumeThatRefusesIsTriedAgainByTheNextRun) {
   const std::string note = paths::run + "/images-777";
-  mac.write(note, "/a.dmg\n/broken.dmg\n/Volumes/B\n/Volumes/C\n");
-  for (const char* item : {"/a.dmg", "/broken.dmg", "/Volumes/A/x", "/Volumes/B/x", "/Volumes/C/x"})
+  mac.write(note, "/a.dmg\n/broken.dmg\n/Volumes/B\n/Volumes/C\n/two lines.dmg\n");
+  for (const char* item :
+       {"/a.dmg", "/broken.dmg", "/two lines.dmg", "/Volumes/A/x", "/Volumes/B/x", "/Volumes/C/x", "/Volumes/C\nx/y"})
     mac.write(item, "x");
   mac.processes.on("/usr/bin/hdiutil attach -nobrowse /a.dmg", {.output = "/dev/disk4\t/Volumes/A\n"});
   mac.processes.on("/usr/bin/hdiutil attach -nobrowse /broken.dmg", {.output = "attach failed", .status = 1});
-  for (const char* busy : {"A", "B"})
+  mac.processes.on("/usr/bin/hdiutil attach -nobrowse '/two lines.dmg'", {.output = "/dev/disk5\t/Volumes/C\nx\n"});
+  for (const char* busy : {"/Volumes/A", "/Volumes/B", "'/Volumes/C\nx'"})
     for (const int status : {1, 0})
-      mac.processes.on(fmt::format("/usr/bin/hdiutil detach /Volumes/{}", busy), {.status = status});
+      mac.processes.on(fmt::format("/usr/bin/hdiutil detach {}", busy), {.status = status});
   mac.processes.on("/usr/bin/hdiutil detach /Volumes/C", {});
   freshWithKeys();
   EXPECT_EQ(start(), std::nullopt);
-  EXPECT_EQ(mac.read(note), "/Volumes/A\n/Volumes/B\n");
+  EXPECT_EQ(mac.read(note), "/Volumes/A\n/Volumes/B\n/two lines.dmg\n");
   EXPECT_EQ(start(), std::nullopt);
   EXPECT_FALSE(mac.exists(note));
 }

@@ -8,11 +8,19 @@
 #include "vorlu/vorlu.h"
 
 namespace vorlu {
+namespace {
+
+/// Whether a name can be a line of a note: one with a break, as an archive may have it, would be two names.
+bool isLine(const std::string& path) {
+  return path.find('\n') == std::string::npos;
+}
+
+}  // namespace
 
 AttachedImages::AttachedImages(Vorlu& vorlu) : vorlu_(vorlu), note_{noteKind, vorlu.platform.processes.ownPid(), ""} {}
 
 void AttachedImages::announce(const std::string& imagePath) {
-  if (imagePath.find('\n') != std::string::npos) return;  // an archive's name must not add a line of its own
+  if (!isLine(imagePath)) return;
   note_.text += imagePath + "\n";
   // Without it the install goes on: only a kill would leave the volume.
   static_cast<void>(note_.write(vorlu_.platform.files));
@@ -57,7 +65,7 @@ void recoverImages(Vorlu& vorlu) {
       if (!files.exists(image)) continue;
       vorlu.log(fmt::format("Detaching the disk image {} of an unfinished installation", image), silent);
       const std::string volume = files.isDirectory(image) ? image : volumeOf(vorlu, image);
-      if (!volume.empty() && !detachImage(vorlu, volume)) rest.text += volume + "\n";
+      if (!volume.empty() && !detachImage(vorlu, volume)) rest.text += (isLine(volume) ? volume : image) + "\n";
     }
     static_cast<void>(rest.text.empty() ? rest.remove(files) : rest.write(files));
   }

@@ -45,15 +45,16 @@ bool isSignedAsExpected(InstallJob& job, const std::string& path) {
   return hasNoSignature(vorlu, path) || matchesExpectedSignature(vorlu, readCodeSignature(vorlu, path));
 }
 
-std::string_view folderOf(std::string_view path) {
-  return path.substr(0, path.rfind('/') == std::string_view::npos ? 0 : path.rfind('/'));
-}
-
-/// Whether `place` lies in another item that comes along, beside this one as before.
-bool isInNeighbour(const std::vector<FoundItem>& items, const FoundItem& item) {
+/// Whether a link among the items leads, beside them in their new place, to one of them or into it. Its own text says
+/// so: another link that it passes doesn't come along.
+bool leadsToNeighbour(FileManager& files, const std::string& root, const std::vector<FoundItem>& items,
+                      const FoundItem& item) {
+  const auto target = files.linkTarget(fmt::format("{}/{}", root, item.path));
+  if (!target || target->starts_with('/') || (*target + "/").find("../") != std::string::npos) return false;
+  const std::string folder = item.path.substr(0, item.path.rfind('/') + 1);  // npos + 1 is 0: the root itself
+  const std::string neighbour = folder + target->substr(0, target->find('/'));
   return std::any_of(items.begin(), items.end(), [&](const FoundItem& other) {
-    return &other != &item && folderOf(other.path) == folderOf(item.path) &&
-           (item.place + "/").starts_with(other.path + "/");
+    return &other != &item && other.path == neighbour && (item.place + "/").starts_with(other.place + "/");
   });
 }
 
@@ -91,8 +92,10 @@ std::variant<std::vector<AppCopyArr>, InstallFailure> buildCopyList(InstallJob& 
     list.push_back({"", copyNameFor(app, app.sourceItems.size(), item, found)});
   }
   // A link would lead nowhere from its new place, unless it leads to what is put beside it.
-  for (std::size_t i = 0; i < items.size(); ++i)
-    list[i].itemPath = fmt::format("{}/{}", root, isInNeighbour(items, items[i]) ? items[i].path : items[i].place);
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const bool staysLink = leadsToNeighbour(job.vorlu.platform.files, root, items, items[i]);
+    list[i].itemPath = fmt::format("{}/{}", root, staysLink ? items[i].path : items[i].place);
+  }
   return list;
 }
 

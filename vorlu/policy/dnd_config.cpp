@@ -12,6 +12,7 @@ namespace {
 constexpr int furtherReadings = 10;
 constexpr std::chrono::milliseconds readingGap{500};
 constexpr int lastReleaseWithoutFocus = 12;
+constexpr std::size_t largestSettings = 1 << 20;  // the file is the user's own
 
 }  // namespace
 
@@ -23,7 +24,8 @@ int majorVersion(const std::string& osVersion) {
 
 bool DNDConfig::isShownInMenuBar() const {
   const auto bytes = platform_.files.read(
-      fmt::format("/Users/{}/Library/Preferences/com.apple.controlcenter.plist", platform_.consoleUser.name()));
+      fmt::format("/Users/{}/Library/Preferences/com.apple.controlcenter.plist", platform_.consoleUser.name()),
+      largestSettings);
   if (!bytes) return false;
   const auto items = decodePropertyList<DndPlist>(*bytes);
   if (!items) return false;

@@ -223,6 +223,7 @@ TEST_F(Placement, LinksAmongItemsLeadToSomethingInTheirNewPlace) {
     std::filesystem::create_symlink(target, mac.root() + paths::output + "/" + name);
   };
   link("real/Slides.app", "Slides.app"), link("Tools.app/file", "tool"), link("../Tools.app", "real/Inner.app");
+  link("Current", "latest"), link("Tools.app", "Current"), link("../real/Slides.app", "real/Again.app");
   CurrentApp& app = vorlu.currentApp;
   app.verifySignature = false, app.universalInstallerHash = sha256("x"), app.architecture = "universal";
   const std::pair<Strings, Strings> cases[] = {
@@ -231,6 +232,9 @@ TEST_F(Placement, LinksAmongItemsLeadToSomethingInTheirNewPlace) {
       {{"tool", "Tools.app"}, {"tool", "Tools.app"}},  // they stay side by side
       {{"tool", "Slides.app"}, {"Tools.app/file", "real/Slides.app"}},
       {{"real/Inner.app", "Tools.app"}, {"Tools.app", "Tools.app"}},
+      {{"latest", "Tools.app"}, {"Tools.app", "Tools.app"}},  // what the link names stays behind
+      {{"latest", "Current"}, {"latest", "Tools.app"}},       // it comes along by its name
+      {{"real/Again.app", "real/Slides.app"}, {"real/Slides.app", "real/Slides.app"}},
   };
   for (const auto& [items, sources] : cases) {
     app.sourceItems = items;

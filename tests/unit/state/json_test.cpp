@@ -5,6 +5,7 @@
 
 #include "vorlu/server/blueprint.h"
 #include "vorlu/state/property_list.h"
+#include "vorlu/state/safe_property_list.h"
 
 namespace vorlu {
 namespace {
@@ -180,6 +181,39 @@ std::string binaryList(const std::string& objects, const std::string& offsets, c
        {trailer.objects, trailer.root, trailer.table != 0 ? trailer.table : 8 + objects.size()})
     for (int shift = 56; shift >= 0; shift -= 8) list += static_cast<char>(number >> shift);
   return list;
+}
+
+TEST(PropertyList, BinaryOnesWhoseTextsOrKeysUnfoldToTooMuchAreRefused) {
+  const auto twoBytes = [](std::size_t n) { return std::string{static_cast<char>(n >> 8), static_cast<char>(n)}; };
+  const auto isRead = [&](char textOrData, std::size_t references) {
+    const std::string list = "\xaf\x11" + twoBytes(references) + std::string(references, '\1');
+    const std::string text = std::string{textOrData, '\x11'} + twoBytes(60'000) + std::string(60'000, 'x');
+    const std::string offsets = twoBytes(8) + twoBytes(8 + list.size());
+    return isSafePropertyList(binaryList(list + text, offsets, {.offsetWidth = 2, .objects = 2}));
+  };
+  for (const char kind : {'\x4f', '\x5f', '\x6f'}) {
+    EXPECT_TRUE(isRead(kind, 250)) << int{kind};
+    EXPECT_FALSE(isRead(kind, 300)) << int{kind};
+  }
+  // more objects than any list has, though nothing refers to them
+  EXPECT_FALSE(isSafePropertyList(binaryList("\xa0", std::string(200'001, '\x08'), {.objects = 200'001})));
+  EXPECT_FALSE(isSafePropertyList(propertyList(std::string(17 << 20, ' '))));
+  // a hundred dictionaries within each other that share a key
+  const auto nested = [&](std::size_t keyLength) {
+    constexpr std::size_t levels = 100;
+    std::string dictionaries, offsets;
+    for (std::size_t level = 0; level < levels; ++level) {
+      offsets += twoBytes(8 + dictionaries.size());
+      dictionaries += "\xd1" + twoBytes(levels + 1) + twoBytes(level + 1);
+    }
+    offsets += twoBytes(8 + dictionaries.size()) + twoBytes(9 + dictionaries.size());
+    const std::string key =
+        "\x5f\x12" + twoBytes(keyLength >> 16) + twoBytes(keyLength & 0xffff) + std::string(keyLength, 'x');
+    return isSafePropertyList(binaryList(dictionaries + "\xa0" + key, offsets,
+                                         {.offsetWidth = 2, .referenceWidth = 2, .objects = levels + 2}));
+  };
+  EXPECT_TRUE(nested(160'000));
+  EXPECT_FALSE(nested(170'000));
 }
 
 TEST(PropertyList, BinaryOnesThatPointOutsideThemselvesAreRefused) {
