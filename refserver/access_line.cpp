@@ -26,8 +26,9 @@ std::string onOneLine(const std::string& text) {
 
 std::string accessLine(double when, const Exchange& exchange) {
   const auto moment = fmt::gmtime(static_cast<std::time_t>(when));
-  return fmt::format("{:%Y-%m-%dT%H:%M:%S}Z {} {} {}", moment, onOneLine(exchange.request.method),
-                     onOneLine(exchange.request.path), exchange.status);
+  std::string line = fmt::format("{:%Y-%m-%dT%H:%M:%S}Z {} {} {}", moment, onOneLine(exchange.request.method),
+                                 onOneLine(exchange.request.path), exchange.status);
+  return exchange.reason.empty() ? line : fmt::format("{} {}", line, onOneLine(exchange.reason));
 }
 
 }  // namespace vorlu::refserver

@@ -39,12 +39,14 @@ struct Response {
   Headers headers;
   std::string file;  ///< when set, a path whose content is the body
   Fault fault;
+  std::string reason = {};  ///< why the request was refused, for the server's own log
 };
 
-/// One request and the status it was answered with.
+/// One request and the status it was answered with, and why when it was refused.
 struct Exchange {
   Request request;
   int status = 0;
+  std::string reason = {};
 };
 
 /// An answer with a JSON object of one member, "message".

@@ -63,7 +63,7 @@ class Server::Connections {
   void configureListener();
   void serve(const httplib::Request& incoming, httplib::Response& outgoing);
   Response answer(const Request& request);
-  void record(const Request& request, int status);
+  void record(const Request& request, const Response& response);
   void send(const Response& response, httplib::Response& outgoing);
   bool sendPiece(const BodySource& body, const Fault& fault, std::size_t offset, httplib::DataSink& sink);
   void waitForStop(std::chrono::milliseconds time);
@@ -154,7 +154,7 @@ void Server::Connections::serve(const httplib::Request& incoming, httplib::Respo
   const Request request = requestOf(incoming);
   Response response = answer(request);
   if (config_.hook) config_.hook(request, response);
-  record(request, response.status);
+  record(request, response);
   if (response.fault.delay.count() > 0) waitForStop(response.fault.delay);
   if (response.fault.noAnswer) shutDownConnection(incoming.local_port, incoming.remote_port);
   send(response, outgoing);
@@ -168,9 +168,9 @@ Response Server::Connections::answer(const Request& request) {
   }
 }
 
-void Server::Connections::record(const Request& request, int status) {
+void Server::Connections::record(const Request& request, const Response& response) {
   const std::lock_guard lock(mutex_);
-  Exchange exchange{request, status};
+  Exchange exchange{request, response.status, response.reason};
   if (config_.onExchange) config_.onExchange(exchange);
   if (config_.keepExchanges) exchanges_.push_back(std::move(exchange));
 }

@@ -94,7 +94,7 @@ Lines ServerFixture::toldJamf() {
 
 Lines ServerFixture::requests() {
   Lines lines;
-  for (const auto& [request, status] : server->exchanges()) {
+  for (const auto& [request, status, reason] : server->exchanges()) {
     lines.push_back(fmt::format("{} {} {}", request.method, request.path, status));
   }
   server->forgetExchanges();
