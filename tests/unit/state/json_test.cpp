@@ -1,5 +1,6 @@
 #include "vorlu/state/json.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -214,6 +215,30 @@ TEST(PropertyList, BinaryOnesWhoseTextsOrKeysUnfoldToTooMuchAreRefused) {
   };
   EXPECT_TRUE(nested(160'000));
   EXPECT_FALSE(nested(170'000));
+  // three dictionaries within each other that share many keys
+  const auto shared = [](std::size_t keys) {
+    const auto threeBytes = [](std::size_t n) {
+      return std::string{static_cast<char>(n >> 16), static_cast<char>(n >> 8), static_cast<char>(n)};
+    };
+    std::string objects, offsets, references;
+    for (std::size_t key = 0; key < keys; ++key) references += threeBytes(4 + key);
+    for (std::size_t level = 0; level < 3; ++level) {
+      offsets += threeBytes(8 + objects.size());
+      objects += "\xdf\x12" + std::string(1, '\0') + threeBytes(keys) + references;
+      for (std::size_t key = 1; key < keys; ++key) objects += threeBytes(3);
+      objects += threeBytes(level + 1);
+    }
+    offsets += threeBytes(8 + objects.size());
+    objects += "\xa0";
+    for (std::size_t key = 0; key < keys; ++key) {
+      offsets += threeBytes(8 + objects.size());
+      objects += fmt::format("\x55{:05}", key);
+    }
+    return isSafePropertyList(
+        binaryList(objects, offsets, {.offsetWidth = 3, .referenceWidth = 3, .objects = 4 + keys}));
+  };
+  EXPECT_TRUE(shared(30'000));
+  EXPECT_FALSE(shared(70'000));
 }
 
 TEST(PropertyList, BinaryOnesThatPointOutsideThemselvesAreRefused) {
@@ -230,7 +255,7 @@ TEST(PropertyList, BinaryOnesThatPointOutsideThemselvesAreRefused) {
       {"references of no width", binaryList(empty, at8, {.referenceWidth = 0})},
       {"references too wide", binaryList(empty, at8, {.referenceWidth = 9})},
       {"offsets outside", binaryList(empty, at8, {.table = std::uint64_t{1} << 40})},
-      {"more objects than offsets", binaryList(empty, at8, {.objects = std::uint64_t{1} << 60})},
+      {"more objects than offsets", binaryList(empty, at8, {.objects = 1000})},
       {"root outside", binaryList(empty, at8, {.root = 1})},
       {"object outside", binaryList(empty, "\xff")},
       {"reference outside", binaryList("\xa1\x07", at8)},
@@ -241,6 +266,7 @@ TEST(PropertyList, BinaryOnesThatPointOutsideThemselvesAreRefused) {
       {"count that is no number", binaryList("\xaf\x50", at8)},
       {"count too wide", binaryList("\xaf\x14", at8)},
       {"count beyond everything", binaryList("\xaf\x13" + std::string(8, '\xff'), at8)},
+      {"text beyond everything", binaryList("\x5f\x13" + std::string(8, '\xff'), at8)},
       {"count behind the end",
        binaryList(endingWith(0x14af), "\x14\xd0", {.offsetWidth = 2})},  // its last byte begins an array
       {"count cut off",
